@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "api/base/cpu_features.h"
+
+namespace {
+
+// Constant-initialised: a caller that runs even earlier than the constructor below gets the scalar kernels.
+cpu_features detected = cpu_scalar;
+
+// 101 is the first priority that is open to libraries.
+__attribute__((constructor(101))) void detect_cpu_features() {
+    __builtin_cpu_init();
+    unsigned found = cpu_scalar;
+    if (__builtin_cpu_supports("ssse3")) {
+        found |= cpu_ssse3;
+    }
+    if (__builtin_cpu_supports("bmi2")) {
+        found |= cpu_bmi2;
+    }
+    detected = static_cast<cpu_features>(found);
+}
+
+}  // namespace
+
+cpu_features detected_cpu_features() {
+    return detected;
+}

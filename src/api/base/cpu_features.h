@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
+// What the processor can do, asked once when the library is loaded.
+#pragma once
+
+// One bit for each instruction set that has kernels of its own. Kernel tables are built from such a set, so tests and
+// benchmarks can leave any of them out.
+enum cpu_features : unsigned {
+    cpu_scalar = 0,
+    cpu_ssse3 = 1u << 0,
+    cpu_bmi2 = 1u << 1,
+};
+
+// The processor's features. Set before any constructor of the program that does not ask for a higher priority.
+cpu_features detected_cpu_features();

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include <array>
+#include <cstring>
+
+#include "api/base/errors.h"
+#include "rle/index_table.h"
+#include "rle/slice_decoder.h"
+#include "rle/threaded_rle.h"
+#include "threading/parallel.h"
+
+namespace {
+
+void check_buffers(const rle_params& params, const void* src, const void* dst, unsigned long dst_size) {
+    if (src == nullptr || dst == nullptr) {
+        throw_invalid_argument("src and buffers required to be non-null");
+    }
+    if (raw_plane_size(params) > dst_size) {
+        throw_invalid_argument("dst buffer is too small according to metadata");
+    }
+}
+
+struct slice_job {
+    const std::uint8_t* source;
+    std::size_t source_size;  // to the end of the payload
+    slice_rows<std::uint8_t> rows;
+    slice_result result;
+};
+
+struct slice_jobs {
+    std::array<slice_job, k_most_slices> each;
+    std::uint32_t count = 0;
+    std::uint64_t rows = 0;  // of all slices
+};
+
+// Proves, before a sample is decoded, that every slice begins inside the payload and ends inside the plane.
+slice_jobs make_jobs(const rle_params& params, const std::uint8_t* src, std::size_t src_size, std::uint8_t* dst) {
+    index_table table;
+    read_index_table(src, src_size, table);
+    slice_jobs jobs;
+    jobs.count = table.slices;
+    for (std::uint32_t i = 0; i < table.slices; ++i) {
+        jobs.rows += table.rows[i];
+    }
+    if (jobs.rows > params.height) {
+        throw_invalid_argument("rle index table is malformed");
+    }
+    std::uint64_t start = table.bytes;
+    for (std::uint32_t i = 0; i < table.slices; ++i) {
+        if (start > src_size) {
+            throw_invalid_argument("rle payload is too short");
+        }
+        const std::uint64_t stride = row_stride(params);
+        jobs.each[i] = {src + start, src_size - start, {dst, params.width, table.rows[i], stride}, slice_result::ok};
+        start += table.sizes[i];
+        dst += table.rows[i] * stride;
+    }
+    return jobs;
+}
+
+void throw_if_failed(slice_result result) {
+    switch (result) {
+        case slice_result::ok:
+            return;
+        case slice_result::too_short:
+            throw_invalid_argument("rle payload is too short");
+        case slice_result::run_too_long:
+            throw_invalid_argument("rle run exceeds slice");
+    }
+}
+
+}  // namespace
+
+unsigned long threaded_rle_decoder::decode_frame(const rle_params& params, const void* src, unsigned long src_size,
+                                                 void* dst, unsigned long dst_size, uncovered rest) const {
+    validate(params);
+    check_buffers(params, src, dst, dst_size);
+
+    auto* const out = static_cast<std::uint8_t*>(dst);
+    slice_jobs jobs = make_jobs(params, static_cast<const std::uint8_t*>(src), src_size, out);
+    const auto decode = params.bit_depth == 8 ? decode_slice<std::uint8_t> : decode_slice<std::uint16_t>;
+    run_tasks(executor, jobs.count, [&](std::uint32_t i) {
+        slice_job& job = jobs.each[i];
+        job.result = decode(job.source, job.source_size, job.rows);
+    });
+    for (std::uint32_t i = 0; i < jobs.count; ++i) {
+        throw_if_failed(jobs.each[i].result);
+    }
+    const auto plane_size = static_cast<unsigned long>(raw_plane_size(params));
+    if (rest == uncovered::clear) {
+        const std::uint64_t covered = jobs.rows * row_stride(params);
+        std::memset(out + covered, 0, plane_size - covered);
+    }
+    return plane_size;
+}
