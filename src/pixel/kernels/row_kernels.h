@@ -30,7 +30,9 @@ constexpr shuffle_masks make_shuffle_masks(const pixel_map& map, unsigned sample
     for (unsigned i = 0; i < 16; ++i) {
         masks.pack[i] = masks.pack_alpha[i] = masks.unpack_colour[i] = masks.unpack_alpha[i] = k_shuffle_zero;
     }
-    const unsigned groups = 16 / (map.samples * sample_bytes);
+    // With alpha, as many groups as leave four bytes of it: one double word to store, and all that fits with four
+    // samples to the pixel.
+    const unsigned groups = map.alpha >= 0 ? 4 / sample_bytes : 16 / (map.samples * sample_bytes);
     masks.groups = static_cast<std::uint8_t>(groups);
     masks.colour_bytes = static_cast<std::uint8_t>(groups * map.colours * sample_bytes);
     masks.alpha_bytes = static_cast<std::uint8_t>(map.alpha < 0 ? 0 : groups * sample_bytes);
