@@ -94,7 +94,7 @@ std::uint32_t create(const codec_config* config, State** handle) {
         state->implementation = std::make_unique<Implementation>(chosen.threadCount);
         state->configuration = chosen;
         State* const made = state.release();
-        std::memcpy(handle, &made, sizeof made);
+        std::memcpy(handle, &made, sizeof(void*));
     });
     return QVRUncompressed_StatusOk;
 }

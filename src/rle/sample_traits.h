@@ -15,18 +15,18 @@ struct sample_traits;
 
 template <>
 struct sample_traits<std::uint8_t> {
-    static constexpr unsigned depth = 8;
-    static constexpr unsigned low_bits = 2;     // k
-    static constexpr unsigned rice_limit = 20;  // from this Z on the raw form is no longer than the Rice form
-    static constexpr std::uint8_t start = 127;  // what both samples before a slice are taken to be
+    static constexpr unsigned k_depth = 8;
+    static constexpr unsigned k_low_bits = 2;     // k
+    static constexpr unsigned k_rice_limit = 20;  // from this Z on the raw form is no longer than the Rice form
+    static constexpr std::uint8_t k_start = 127;  // what both samples before a slice are taken to be
 };
 
 template <>
 struct sample_traits<std::uint16_t> {
-    static constexpr unsigned depth = 16;
-    static constexpr unsigned low_bits = 6;
-    static constexpr unsigned rice_limit = 576;
-    static constexpr std::uint16_t start = 32767;
+    static constexpr unsigned k_depth = 16;
+    static constexpr unsigned k_low_bits = 6;
+    static constexpr unsigned k_rice_limit = 576;
+    static constexpr std::uint16_t k_start = 32767;
 };
 
 // The rows of one slice in the raw plane.

@@ -39,9 +39,9 @@ token<Sample> read_token(bit_reader& reader) {
     if (reader.read(1) != 0) {
         const std::uint64_t quotient = k_leading_ones[reader.peek(9)];
         reader.skip(quotient + 1);
-        code = (quotient << traits::low_bits) + reader.read(traits::low_bits);
+        code = (quotient << traits::k_low_bits) + reader.read(traits::k_low_bits);
     } else {
-        code = reader.read(traits::depth);
+        code = reader.read(traits::k_depth);
     }
     next.residual = static_cast<Sample>(zigzag_decode(code));
     return next;
@@ -63,8 +63,8 @@ void fill_line(std::uint8_t* out, std::uint64_t length, Sample before, Sample st
 // The two samples before the next run.
 template <class Sample>
 struct prediction {
-    Sample p1 = sample_traits<Sample>::start;
-    Sample p2 = sample_traits<Sample>::start;
+    Sample p1 = sample_traits<Sample>::k_start;
+    Sample p2 = sample_traits<Sample>::k_start;
 
     void fill(const token<Sample>& run, std::uint8_t* out) {
         if (run.length == 0) {

@@ -49,13 +49,13 @@ class run_writer {
         const unsigned length_bits = 2 * gamma_zeros(length) + 1;
         const std::uint64_t head = order << length_bits | length;
         std::uint64_t tail = code;  // raw: the type bit is 0
-        unsigned tail_bits = 1 + traits::depth;
-        if (code < traits::rice_limit) {
-            const unsigned quotient = code >> traits::low_bits;
+        unsigned tail_bits = 1 + traits::k_depth;
+        if (code < traits::k_rice_limit) {
+            const unsigned quotient = code >> traits::k_low_bits;
             const std::uint64_t type_and_ones = (std::uint64_t{1} << (1 + quotient)) - 1;
-            const std::uint64_t low = code & ((1u << traits::low_bits) - 1);
-            tail = type_and_ones << (1 + traits::low_bits) | low;
-            tail_bits = 1 + quotient + 1 + traits::low_bits;
+            const std::uint64_t low = code & ((1u << traits::k_low_bits) - 1);
+            tail = type_and_ones << (1 + traits::k_low_bits) | low;
+            tail_bits = 1 + quotient + 1 + traits::k_low_bits;
         }
         if (1 + length_bits + tail_bits <= 64) {
             writer.write(head << tail_bits | tail, 1 + length_bits + tail_bits);
@@ -115,7 +115,7 @@ template <class Sample>
 std::size_t encode_slice(const slice_rows<const std::uint8_t>& rows, std::uint8_t* destination, std::size_t capacity,
                          const residual_kernels& kernels) {
     run_writer<Sample> runs(destination, capacity);
-    Sample before[2] = {sample_traits<Sample>::start, sample_traits<Sample>::start};
+    Sample before[2] = {sample_traits<Sample>::k_start, sample_traits<Sample>::k_start};
     const bool gapless = rows.stride == std::uint64_t{rows.width} * sizeof(Sample);
     const std::uint64_t samples = gapless ? std::uint64_t{rows.width} * rows.count : rows.width;
     const std::uint32_t pieces = gapless ? 1 : rows.count;

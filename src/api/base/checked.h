@@ -9,7 +9,7 @@
 #include <limits>
 #include <string>
 
-__extension__ typedef unsigned __int128 wide;
+__extension__ typedef unsigned __int128 wide;  // NOLINT(modernize-use-using): that form has no __extension__
 
 constexpr wide ceil_div(wide value, wide divisor) {
     return (value + divisor - 1) / divisor;

@@ -40,12 +40,10 @@ void narrow_10_packed_bmi2(const std::uint8_t* words, std::size_t width, std::ui
 void widen_10_packed_bmi2(const std::uint8_t* high, const std::uint8_t* low, std::size_t width, std::uint8_t* words) {
     const std::size_t groups = width / k_packed_pixels;
     for (std::size_t i = 0; i < groups; ++i) {
-        std::uint64_t high_front = 0;
-        std::uint64_t high_back = 0;
-        std::uint32_t lows = 0;
-        std::memcpy(&high_front, high, 6);
-        std::memcpy(&high_back, high + 6, 6);
-        std::memcpy(&lows, low, 3);
+        // Twelve high bytes as two overlapping words, six in each: the deposit takes no more than its mask has room for.
+        const std::uint64_t high_front = load_64(high);
+        const std::uint64_t high_back = load_64(high + 4) >> 16;
+        const std::uint64_t lows = low[0] | std::uint64_t{low[1]} << 8 | std::uint64_t{low[2]} << 16;
         const std::uint64_t front = _pdep_u64(high_front, k_high_fields) | _pdep_u64(lows, k_low_fields);
         const std::uint64_t back = _pdep_u64(high_back, k_high_fields) | _pdep_u64(lows >> 12, k_low_fields);
         std::memcpy(words, &front, 8);

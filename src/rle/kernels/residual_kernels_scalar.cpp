@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
+#include <cstddef>
 #include <cstring>
 
 #include "rle/kernels/residual_kernels.h"
@@ -6,9 +7,9 @@
 namespace {
 
 template <class Sample>
-Sample load(const std::uint8_t* samples, int index) {
+Sample load(const std::uint8_t* samples, std::ptrdiff_t index) {
     Sample value;
-    std::memcpy(&value, samples + index * static_cast<int>(sizeof value), sizeof value);
+    std::memcpy(&value, samples + index * static_cast<std::ptrdiff_t>(sizeof value), sizeof value);
     return value;
 }
 
@@ -23,7 +24,7 @@ template <class Sample>
 void block_scalar(const std::uint8_t* samples, residual_block<Sample>& out) {
     out.second_order = 0;
     out.changes = 0;
-    for (int i = 0; i < static_cast<int>(k_residual_block); ++i) {
+    for (std::ptrdiff_t i = 0; i < std::ptrdiff_t{k_residual_block}; ++i) {
         const auto x = load<Sample>(samples, i);
         const auto p1 = load<Sample>(samples, i - 1);
         const auto p2 = load<Sample>(samples, i - 2);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <tmmintrin.h>
 
+#include <cstddef>
+
 #include "rle/kernels/residual_kernels.h"
 
 namespace {
@@ -42,13 +44,13 @@ __m128i zigzag(__m128i difference) {
 
 template <class Lanes>
 void block_ssse3(const std::uint8_t* samples, residual_block<typename Lanes::sample>& out) {
-    constexpr int width = sizeof(typename Lanes::sample);
-    constexpr unsigned lanes = 16 / width;
+    constexpr std::ptrdiff_t width = sizeof(typename Lanes::sample);
+    constexpr unsigned lanes = 16 / sizeof(typename Lanes::sample);
     std::uint64_t second_order = 0;
     std::uint64_t same_code = 0;
     __m128i before = _mm_setzero_si128();
     for (unsigned i = 0; i < k_residual_block; i += lanes) {
-        const std::uint8_t* at = samples + i * width;
+        const std::uint8_t* at = samples + std::ptrdiff_t{i} * width;
         const __m128i p1 = load(at - width);
         const __m128i d1 = Lanes::sub(load(at), p1);
         const __m128i d2 = Lanes::sub(d1, Lanes::sub(p1, load(at - 2 * width)));
