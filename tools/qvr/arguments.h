@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
+// The command line, as the subcommands describe it. The parser behind it takes long to compile, so that only one file
+// includes it.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "failure.h"
+
+namespace qvr {
+
+struct parsed_command;
+
+// The arguments of one subcommand. Each is stored where its reference says; these must live until the command has run.
+class argument_list {
+  public:
+    explicit argument_list(parsed_command& described) : command(&described) {}
+
+    // Text below the list of options.
+    void explain(const char* text);
+    void positional(const char* name, std::string& to, const char* help);
+    void text(const char* name, std::string& to, const char* value_name, const char* help);
+    void number(const char* name, std::uint32_t& to, const char* help, std::uint32_t most = 0xFFFFFFFFu);
+    void number(const char* name, std::optional<std::uint32_t>& to, const char* help);
+    void flag(const char* name, bool& to, const char* help);
+    // The option `name` is of no use without the other.
+    void needs(const char* name, const char* other);
+
+  private:
+    parsed_command* command;
+};
+
+class command_line {
+  public:
+    command_line(const char* about, const char* more, const std::string& version);
+    ~command_line();
+    command_line(const command_line&) = delete;
+    command_line& operator=(const command_line&) = delete;
+
+    // run is called when the arguments name this command.
+    argument_list add_command(const char* name, const char* about, std::function<void()> run);
+
+    // Parses, then runs the command that is named. Help and version are printed and are good ends; what cannot be
+    // parsed is a usage failure.
+    void run(int argc, char** argv);
+
+  private:
+    struct parser_state;
+    std::unique_ptr<parser_state> state;
+};
+
+}  // namespace qvr

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
+// The tool's own look at the boxes of a frame. It reads only, believes no size, and shows what it finds in a damaged
+// frame with a note beside it where the library would give up.
+//
+//   'pack'                       the frame
+//     'QCXF'                     a wrapped frame of another codec
+//     'sinf' 'sdat'              the only plane: its description, its samples
+//     'icmp'                     one for each plane when there are several
+//       'sinf' 'sdat'
+//   An 'sdat' of plane type "stch" holds the boxes 'stch' and 'tile'.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "codec.h"
+
+namespace qvr {
+
+constexpr std::size_t k_box_header = 8;
+
+std::uint32_t read_le32(const std::uint8_t* from);
+
+// Four bytes as a type in quotes; bytes that cannot be shown as \xNN.
+std::string box_type_text(const std::uint8_t* from);
+
+struct plane_description {
+    std::size_t number = 0;
+    std::string code;  // in quotes
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::uint32_t layout = 0;
+};
+
+struct box {
+    unsigned depth = 0;
+    std::uint64_t offset = 0;                  // from the start of the frame
+    std::uint64_t size = 0;                    // as declared
+    std::string type;                          // in quotes
+    std::optional<plane_description> plane;    // of a 'sinf'
+    std::optional<std::size_t> payload_plane;  // of an 'sdat': the plane whose samples it holds
+    std::string note;                          // what is wrong with it; else empty
+};
+
+struct box_tree {
+    std::vector<box> boxes;  // in file order
+    bool complete = true;    // false when there are more boxes than anybody would read
+};
+
+box_tree read_boxes(bytes_view frame);
+
+// "R G B, 10 bits" for 'rg10'; empty for codes that no writer uses.
+std::string plane_code_text(const std::string& code);
+
+}  // namespace qvr

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include <cstdio>
+#include <memory>
+
+#include "codec.h"
+#include "command.h"
+#include "png_file.h"
+
+namespace qvr {
+
+namespace {
+
+constexpr const char* k_about = "Encode a PNG picture or raw frames to a .qvr file";
+
+constexpr const char* k_more = R"(
+IN is a PNG (8 or 16 bits; grey, palette, RGB, with or without alpha) or, when --size is given, raw frames
+one after the other. OUT.qvr appears only when all frames are in it. '-' is standard input or output.
+
+A PNG becomes RGBA when it has alpha and RGB when it has none; --order can ask for ARGB, BGRA, RGB, BGR, RGBA,
+ABGR or Alpha (the alpha channel alone, or the grey of a grey PNG). No colour is ever converted, and the type
+follows the PNG's depth: U8 or U16. Colour profile, gamma and texts of the PNG are not part of a frame.
+
+Only types U8 and U16 store alpha. With any other type the alpha of an order that has it is left out, and a
+warning says so.
+
+Examples:
+  qvr encode photo.png photo.qvr --alpha-rle
+  qvr encode clip.yuv clip.qvr --size 1920x1080 --order UYVY --type U8
+  qvr encode clip.v210 clip.qvr --size 1920x1080 --order v210 --interlaced
+  capture | qvr encode - clip.qvr --size 1280x720 --order I420 --type U8)";
+
+struct encode_options {
+    std::string input;
+    std::string output;
+    bool alpha_rle = false;
+    std::uint32_t slices = 0;
+    layout_options layout;
+    run_options run;
+};
+
+void warn_about_alpha(const encode_options& options, const std::string& file, const frame_layout& layout) {
+    const order_info* order = find_order(layout.colorComponentOrder);
+    const bool stored = stores_alpha(layout.colorComponentOrder, layout.componentType);
+    if (order && order->alpha && !stored) {
+        warn(file, std::string("alpha is left out: type ") + type_text(layout.componentType) +
+                       " stores none, only U8 and U16 do");
+    }
+    if (options.alpha_rle && order && !order->alpha) {
+        warn(file, std::string("--alpha-rle changes nothing: order ") + order->name + " has no alpha");
+    }
+}
+
+std::unique_ptr<frame_source> open_source(const encode_options& options, input_file& file) {
+    const layout_request request = options.layout.resolve();
+    const bool raw = request.width != 0;
+    if (raw && ends_in(options.input, ".png")) {
+        throw failure(exit_code::usage, {file.name(), {}}, "--size is for raw frames, but this is a PNG by its name",
+                      "leave --size out, or rename the file if it does hold raw frames");
+    }
+    if (raw) {
+        return open_raw_source(file, request);
+    }
+    if (begins_like_png(file)) {
+        return open_png_source(file, request);
+    }
+    if (ends_in(options.input, ".png")) {
+        throw failure(exit_code::data, {file.name(), {}}, "this is not a PNG: its first eight bytes are others",
+                      "the file is damaged or has the wrong name");
+    }
+    throw failure(exit_code::usage, {file.name(), {}}, "this is not a PNG, and raw frames need --size",
+                  "for example --size 1920x1080 --order UYVY --type U8");
+}
+
+std::string summary(const std::string& name, unsigned long long frames, const frame_layout& layout,
+                    std::uint64_t raw_bytes, std::uint64_t bytes) {
+    char sizes[120];
+    std::snprintf(sizes, sizeof sizes, "%llu bytes raw -> %llu bytes (%.1f %%)",
+                  static_cast<unsigned long long>(raw_bytes), static_cast<unsigned long long>(bytes),
+                  100.0 * static_cast<double>(bytes) / static_cast<double>(raw_bytes));
+    return name + ": " + std::to_string(frames) + (frames == 1 ? " frame, " : " frames, ") + layout_text(layout) +
+           ", " + sizes;
+}
+
+void run_encode(const encode_options& options) {
+    input_file input(options.input);
+    const std::unique_ptr<frame_source> source = open_source(options, input);
+    encoder codec(options.run.threads);
+    const compression how = make_compression(options.alpha_rle, options.slices);
+    output_file output(options.output);
+    frame current;
+    unsigned long long frames = 0;
+    while (source->next(current)) {
+        if (frames == 0) {
+            warn_about_alpha(options, input.name(), current.layout);
+        }
+        const bytes_view coded = codec.encode(current, how, source->last_place());
+        output.write(coded.data, coded.size);
+        ++frames;
+    }
+    output.commit();
+    if (!options.run.quiet) {
+        say(summary(output.name(), frames, current.layout, codec.time().raw_bytes, output.bytes_written()));
+    }
+    if (options.run.time) {
+        say(output.name() + ": encode: " + time_text(codec.time(), frames));
+    }
+}
+
+}  // namespace
+
+void add_encode(command_line& to) {
+    const auto options = std::make_shared<encode_options>();
+    argument_list list = to.add_command("encode", k_about, [options] { run_encode(*options); });
+    list.explain(k_more);
+    list.positional("IN", options->input, "PNG picture or raw frames; '-' is standard input");
+    list.positional("OUT.qvr", options->output, "File to write; '-' is standard output");
+    list.flag("--alpha-rle", options->alpha_rle, "Code the alpha plane by run lengths");
+    list.number("--slices", options->slices,
+                "Slices of the coded alpha plane, each the work of one thread; 0 or not given: 16", 255);
+    list.needs("--slices", "--alpha-rle");
+    options->layout.add_format(list, "Order of the samples, by number or name: see 'qvr formats'",
+                               "Type of a sample, by number or name: see 'qvr formats'");
+    list.text("--size", options->layout.size, "WxH", "IN holds raw frames of this size in pixels");
+    options->layout.add_strides(list);
+    list.flag("--interlaced", options->layout.interlaced, "Mark the frames as interlaced");
+    options->run.add(list);
+}
+
+}  // namespace qvr

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
+// The subcommands. Each has a file of its own and one function that adds it to the command line.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "arguments.h"
+#include "frame.h"
+
+namespace qvr {
+
+void add_encode(command_line& to);
+void add_decode(command_line& to);
+void add_info(command_line& to);
+void add_formats(command_line& to);
+
+// Options that encode and decode share, as they were typed.
+struct layout_options {
+    std::string order;
+    std::string type;
+    std::string size;
+    std::uint32_t row_bytes = 0;
+    std::uint32_t row_bytes2 = 0;
+    bool interlaced = false;
+
+    void add_format(argument_list& to, const char* order_help, const char* type_help);
+    void add_strides(argument_list& to);
+    // Checks and translates what was typed.
+    layout_request resolve() const;
+};
+
+struct run_options {
+    std::uint32_t threads = 0;
+    bool time = false;
+    bool quiet = false;
+
+    void add(argument_list& to);
+};
+
+bool ends_in(const std::string& path, const char* extension);
+
+// Lines for people go to standard error, so that standard output can carry frames.
+void say(const std::string& line);
+
+// Everything that a command wrote to standard output has arrived, or it is an input/output failure.
+void finish_standard_output();
+
+}  // namespace qvr

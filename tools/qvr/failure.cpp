@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "failure.h"
+
+#include <cstdio>
+#include <utility>
+
+namespace qvr {
+
+failure::failure(exit_code code, location where, const std::string& what, std::string hint)
+    : std::runtime_error(what), ends_with(code), place(std::move(where)), advice(std::move(hint)) {}
+
+std::string failure::text() const {
+    std::string text = "qvr: ";
+    for (const std::string* part : {&place.file, &place.spot}) {
+        if (!part->empty()) {
+            text += *part + ": ";
+        }
+    }
+    text += what();
+    text += '\n';
+    if (!advice.empty()) {
+        text += "hint: " + advice + "\n";
+    }
+    return text;
+}
+
+void warn(const std::string& file, const std::string& what) {
+    std::fprintf(stderr, "qvr: warning: %s: %s\n", file.c_str(), what.c_str());
+}
+
+void fail_usage(const std::string& what, const std::string& hint) {
+    throw failure(exit_code::usage, location{}, what, hint);
+}
+
+std::string frame_spot(unsigned long long number, unsigned long long offset) {
+    return "frame " + std::to_string(number) + " at offset " + std::to_string(offset);
+}
+
+}  // namespace qvr

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
+// How the tool ends when something is wrong: one exception with everything that the message needs.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace qvr {
+
+enum class exit_code : int {
+    good = 0,
+    data = 1,   // the bytes of an input are not what they should be
+    usage = 2,  // the command line asks for something that cannot be done
+    io = 3      // a file cannot be opened, read or written, or memory ran out
+};
+
+// Where a failure happened. Either part may be empty.
+struct location {
+    std::string file;
+    std::string spot;  // "frame 3 at offset 4096"
+};
+
+class failure : public std::runtime_error {
+  public:
+    failure(exit_code code, location where, const std::string& what, std::string hint = {});
+
+    exit_code code() const { return ends_with; }
+    // The complete text for standard error, hint included, with a line feed at the end.
+    std::string text() const;
+
+  private:
+    exit_code ends_with;
+    location place;
+    std::string advice;
+};
+
+// "qvr: warning: FILE: WHAT" on standard error.
+void warn(const std::string& file, const std::string& what);
+
+// "--size 3x": usage failures that concern an option rather than a file.
+[[noreturn]] void fail_usage(const std::string& what, const std::string& hint = {});
+
+// "frame 3 at offset 4096"
+std::string frame_spot(unsigned long long number, unsigned long long offset);
+
+}  // namespace qvr

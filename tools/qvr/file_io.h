@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
+// Files as the tool uses them: inputs that are read once from front to back, outputs that appear under their name only
+// when they are complete. "-" is standard input or output.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace qvr {
+
+class input_file {
+  public:
+    explicit input_file(const std::string& path);
+    ~input_file();
+    input_file(const input_file&) = delete;
+    input_file& operator=(const input_file&) = delete;
+
+    // For messages: the path, or "standard input".
+    const std::string& name() const { return shown_name; }
+
+    // Reads until count bytes are there or the file ends; returns how many there are.
+    std::size_t read(std::uint8_t* to, std::size_t count);
+
+    // As read, behind the first `start` bytes of the buffer. The buffer grows with what the file really holds, so that
+    // a count from a damaged file never makes it large.
+    std::size_t read_into(std::vector<std::uint8_t>& buffer, std::size_t start, std::size_t count);
+
+    // The next bytes, up to count, without taking them.
+    const std::vector<std::uint8_t>& peek(std::size_t count);
+    bool at_end() { return peek(1).empty(); }
+
+  private:
+    std::size_t read_from_system(std::uint8_t* to, std::size_t count);
+
+    std::string shown_name;
+    int descriptor = -1;
+    bool owned = false;
+    std::vector<std::uint8_t> head;  // peeked at, not yet taken
+};
+
+// Writes to a temporary file beside the target, which commit() renames. Without commit() nothing stays behind, neither
+// after an exception nor after an interrupt. Devices and pipes, which cannot be replaced, are written directly.
+class output_file {
+  public:
+    explicit output_file(const std::string& path);
+    ~output_file();
+    output_file(const output_file&) = delete;
+    output_file& operator=(const output_file&) = delete;
+
+    const std::string& name() const { return shown_name; }
+    void write(const std::uint8_t* from, std::size_t count);
+    std::uint64_t bytes_written() const { return written; }
+    void commit();
+
+  private:
+    void open_beside_target(const std::string& path);
+    [[noreturn]] void fail(const std::string& what) const;
+
+    std::string shown_name;
+    std::string target;
+    std::string temporary;  // empty when the target is written directly
+    int descriptor = -1;
+    bool owned = false;
+    std::uint64_t written = 0;
+};
+
+}  // namespace qvr

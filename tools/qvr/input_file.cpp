@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "failure.h"
+#include "file_io.h"
+
+namespace qvr {
+
+namespace {
+
+constexpr std::size_t k_growth = std::size_t{16} << 20;
+
+}  // namespace
+
+input_file::input_file(const std::string& path) : shown_name(path == "-" ? "standard input" : path) {
+    if (path == "-") {
+        descriptor = STDIN_FILENO;
+        return;
+    }
+    descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        throw failure(exit_code::io, {shown_name, {}},
+                      std::string("cannot open it for reading: ") + std::strerror(errno));
+    }
+    owned = true;
+}
+
+input_file::~input_file() {
+    if (owned) {
+        close(descriptor);
+    }
+}
+
+std::size_t input_file::read_from_system(std::uint8_t* to, std::size_t count) {
+    std::size_t got = 0;
+    while (got < count) {
+        const ssize_t n = ::read(descriptor, to + got, std::min(count - got, k_growth));
+        if (n < 0 && errno == EINTR) {
+            continue;
+        }
+        if (n < 0) {
+            throw failure(exit_code::io, {shown_name, {}}, std::string("cannot read it: ") + std::strerror(errno));
+        }
+        if (n == 0) {
+            break;
+        }
+        got += static_cast<std::size_t>(n);
+    }
+    return got;
+}
+
+std::size_t input_file::read(std::uint8_t* to, std::size_t count) {
+    const std::size_t from_head = std::min(count, head.size());
+    std::copy_n(head.begin(), from_head, to);
+    head.erase(head.begin(), head.begin() + static_cast<std::ptrdiff_t>(from_head));
+    return from_head + read_from_system(to + from_head, count - from_head);
+}
+
+std::size_t input_file::read_into(std::vector<std::uint8_t>& buffer, std::size_t start, std::size_t count) {
+    std::size_t got = 0;
+    while (got < count) {
+        const std::size_t have = buffer.size() - std::min(buffer.size(), start + got);
+        const std::size_t step = have > 0 ? std::min(count - got, have) : std::min(count - got, k_growth + got);
+        buffer.resize(std::max(buffer.size(), start + got + step));
+        const std::size_t n = read(buffer.data() + start + got, step);
+        got += n;
+        if (n < step) {
+            break;
+        }
+    }
+    return got;
+}
+
+const std::vector<std::uint8_t>& input_file::peek(std::size_t count) {
+    if (head.size() < count) {
+        const std::size_t had = head.size();
+        head.resize(count);
+        head.resize(had + read_from_system(head.data() + had, count - had));
+    }
+    return head;
+}
+
+}  // namespace qvr

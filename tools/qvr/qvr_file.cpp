@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "qvr_file.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "box_tree.h"
+
+namespace qvr {
+
+namespace {
+
+constexpr const char* k_cut_short = "the file was cut short, or the size in the frame's first four bytes is damaged";
+
+}  // namespace
+
+void frame_reader::fail(const std::string& what, const std::string& hint) const {
+    throw failure(exit_code::data, place(), what, hint);
+}
+
+bool frame_reader::next() {
+    index = whole_frames;
+    start += size;
+    size = 0;
+    size = file.read_into(buffer, 0, k_box_header);
+    if (size == 0) {
+        return false;
+    }
+    if (size < k_box_header) {
+        fail("only " + std::to_string(size) + " bytes are left, fewer than a box header has", k_cut_short);
+    }
+    const std::string type = box_type_text(buffer.data() + 4);
+    if (type != "'pack'") {
+        fail("a 'pack' box should begin here, but the type is " + type,
+             index == 0 ? "this is not a .qvr file; 'qvr encode' makes one"
+                        : "the size of the frame before this one may be damaged; 'qvr info' shows it");
+    }
+    const std::size_t declared = read_le32(buffer.data());
+    if (declared < k_box_header) {
+        fail("the 'pack' box says that it has " + std::to_string(declared) + " bytes, fewer than its own header",
+             "the size in the frame's first four bytes is damaged");
+    }
+    size += file.read_into(buffer, k_box_header, declared - k_box_header);
+    if (size < declared) {
+        fail("the 'pack' box says that the frame has " + std::to_string(declared) + " bytes, but the file ends after " +
+                 std::to_string(size),
+             k_cut_short);
+    }
+    ++whole_frames;
+    return true;
+}
+
+}  // namespace qvr
