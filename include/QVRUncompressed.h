@@ -16,7 +16,8 @@
  * QVRUncompressed_CreateDecoder, QVRUncompressed_DecodeFrame, QVRUncompressed_DestroyDecoder.
  *
  * Memory    The caller owns every record and every buffer; the library never returns memory to be freed. Records and
- *           buffers may lie at any address, aligned or not. A source and a destination must not overlap.
+ *           buffers may lie at any address, aligned or not; arrays of pointers are aligned as pointers are. A source and
+ *           a destination must not overlap.
  *           Sizes are bytes. The library reads only inside the sources and writes only inside the destinations it
  *           is told of, whatever bytes a bitstream holds.
  * Threads   A handle serves one call at a time; different handles are independent. Functions without a handle may run
@@ -135,7 +136,7 @@ enum QVRUncompressed_WrapType {
 /*
  * Called on the calling thread, before the failing function returns, with the reason of a failure.
  * message: zero-terminated, valid during the call only. userData: as given at creation.
- * An exception thrown by the callback is swallowed.
+ * An exception thrown by the callback is swallowed. The callback must not use or destroy the handle that reports.
  */
 typedef void (*QVRUncompressed_ErrorCallback_t)(const char* message, void* userData);
 
@@ -151,8 +152,9 @@ typedef struct QVRUncompressed_UncompressedParams_t {
     uint32_t height;              /* rows; even for 4:2:0 when encoding */
     uint32_t rowBytes;            /* bytes from row to row of the first or only plane, and of the alpha plane of order
                                      13; 0: the least, rows without a gap */
-    uint32_t frameLayout;         /* QVRUncompressed_FrameLayout. Not checked when encoding: the low byte is stored, and
-                                     a bitstream with any value but 0 and 1 is refused when read */
+    uint32_t frameLayout;         /* QVRUncompressed_FrameLayout. Not checked when encoding, but beside a QCX frame: the
+                                     low byte is stored, and a bitstream with any value but 0 and 1 is refused when
+                                     read. Not looked at when decoding */
     uint32_t rowBytes2;           /* bytes from row to row of Cb and Cr (orders 10 and 13) or of the separate alpha
                                      plane (orders 15 and 16); 0: the least; otherwise not used */
 } QVRUncompressed_UncompressedParams_t;
@@ -196,8 +198,9 @@ QVRUNCOMPRESSED_API void QVRUncompressed_GetVersion(uint32_t* major, uint32_t* m
 /* ---- Buffer sizes -------------------------------------------------------------------------------------------- */
 /*
  * Each returns the low 32 bits of the exact number of bytes, and 0 on any failure (a null pointer, a wrong size field,
- * an unsupported pair of order and type). A frame of 4 GiB or more can be neither encoded nor decoded, so a caller that
- * accepts any dimensions checks width x height itself.
+ * an unsupported pair of order and type). A frame of 4 GiB or more can be neither encoded nor decoded: a caller that
+ * accepts any dimensions checks beforehand that its rows times the bytes of a row (16 x width at most, without padding)
+ * stay below 4 GiB.
  */
 
 /* Bytes of the raw frame that up describes: the least source size for encoding and destination size for decoding.
@@ -254,8 +257,13 @@ QVRUNCOMPRESSED_API void QVRUncompressed_DestroyDecoder(QVRUncompressed_Decoder 
 
 /*
  * Describes the frame that a bitstream holds. up: its size field set by the caller; the whole record is overwritten,
- * with rowBytes and rowBytes2 0. The order is the one that needs no reordering (a frame encoded from any of the
- * orders 1, 2, 15, 16 without alpha reads as 2, for example), and 0 with type 0 for stitched chunks.
+ * with rowBytes and rowBytes2 0. Of all orders that the planes can be put into, one is reported:
+ *
+ *   planes      4:2:2   4:4:4 YCbCr   RGB   4:2:0   alpha alone   stitched chunks
+ *   order           2             9     5      10            14   0, and type 0
+ *   with alpha     11            12     3      13
+ *
+ * So a frame encoded from order 1 reads as 2, and one from order 7 with type 1 as 3, with type 6 as 5.
  */
 QVRUNCOMPRESSED_API uint32_t QVRUncompressed_ReadMetadata(QVRUncompressed_Decoder decoder, const uint8_t* src,
                                                           uint32_t srcSize, QVRUncompressed_UncompressedParams_t* up)
@@ -264,7 +272,7 @@ QVRUNCOMPRESSED_API uint32_t QVRUncompressed_ReadMetadata(QVRUncompressed_Decode
 /*
  * Decodes one frame into the layout that up asks for: the frame's own, or any other order that its planes can be put
  * into (a stream with alpha also decodes into orders without).
- * src, srcSize: the bitstream; bytes behind it are ignored.
+ * src, srcSize: the bitstream; bytes behind the frame are ignored, unless a box of the frame claims them.
  * dst, dstSize: room for the raw frame, at least QVRUncompressed_GetUncompressedBufSize bytes. Padding between rows is
  *               not written for raw planes and unspecified for coded alpha.
  * bytesWritten: receives the size of the raw frame; may be null.
@@ -277,17 +285,25 @@ QVRUNCOMPRESSED_API uint32_t QVRUncompressed_DecodeFrame(QVRUncompressed_Decoder
 
 /* ---- Wrapped payloads ---------------------------------------------------------------------------------------- */
 /*
- * The type of the first record decides: one QCX frame with an alpha plane (the frame record has order 14 and type 1
- * or 2), or a run of stitched chunks (the frame record gives width, height and layout). The first record is read even
- * with a wrapCount of 0. A null `wraps` gives QVRUncompressed_StatusNullPointer.
+ * wraps: wrapCount records, filled in by the caller with their sizes, the types and each payload's dataSize.
+ * The type of the first record decides: one QCX frame with an alpha plane, or a run of stitched chunks. The first record
+ * is read even with a wrapCount of 0. A null `wraps` gives QVRUncompressed_StatusNullPointer.
  */
 
 /*
- * Wraps payloads and, beside a QCX frame, encodes the alpha plane src. A first type of 3 or more wraps nothing and
- * encodes the alpha plane alone.
+ * Wraps payloads. A wrapType of 0 in any record is refused.
+ *
+ * First type QVRUncompressed_WrapQCX: wrapCount is 1, and up describes the alpha plane (order 14, type 1 or 2) that src
+ * holds. The payload must have a QCX header, 45 bytes at least, of a known compression and without an alpha of its own;
+ * width and height must be equal to the QCX frame's, and frameLayout 1 for an interlaced one, 0 for a progressive one.
+ * First type QVRUncompressed_WrapStitched: any number of chunks of any size; the types of further records are not looked
+ * at. Of up only width, height and frameLayout are used, and nothing in it is checked; src may be null.
+ * A first type of 3 or more wraps nothing: the alpha plane is encoded alone.
+ *
+ * src, srcSize: the raw alpha plane.
  * wrapData: wrapCount pointers to the payloads, each of the dataSize bytes of its record.
- * src: the alpha plane; not read, and may be null, with stitched chunks.
- * dst: at least QVRUncompressed_GetCompressedWrapBufSize bytes.
+ * dst, dstSize: room for the bitstream, at least QVRUncompressed_GetCompressedWrapBufSize bytes.
+ * bytesWritten: receives the size of the bitstream; may be null.
  */
 QVRUNCOMPRESSED_API uint32_t QVRUncompressed_EncodeAndWrapFrame(
     QVRUncompressed_Encoder encoder, const QVRUncompressed_UncompressedParams_t* up,
@@ -311,11 +327,18 @@ QVRUNCOMPRESSED_API uint32_t QVRUncompressed_ReadWrapMetadata(QVRUncompressed_De
                                                               uint32_t wrapCount) QVRUNCOMPRESSED_NOEXCEPT;
 
 /*
- * Takes payloads out of a bitstream and, beside a QCX frame, decodes the alpha plane into dst.
- * wrapDst: wrapCount pointers to the caller's buffers. Each must hold the dataSize that
- * QVRUncompressed_ReadWrapMetadata reports for it: of stitched chunks only the first record's dataSize is compared with
- * the bitstream. dst: the alpha plane; may be null with stitched chunks. bytesWritten: receives the size of the alpha
- * plane, 0 with stitched chunks.
+ * Takes payloads out of a bitstream. Fill wraps by QVRUncompressed_ReadWrapMetadata.
+ *
+ * First type QVRUncompressed_WrapStitched: the first wrapCount chunks; dst may be null.
+ * Any other first type: wrapCount is 1, the record must agree with the first payload in size and type, and the alpha
+ * plane beside it is decoded as up describes it, from the start of dst on with rows of rowBytes. up may have any order
+ * that the bitstream's planes serve.
+ *
+ * src, srcSize: the bitstream.
+ * dst, dstSize: room for the raw frame that up describes, at least QVRUncompressed_GetUncompressedBufSize bytes.
+ * wrapDst: wrapCount pointers to the caller's buffers. Each must hold the dataSize that QVRUncompressed_ReadWrapMetadata
+ *          reports for it: of stitched chunks only the first record's dataSize is compared with the bitstream.
+ * bytesWritten: receives the size of the raw frame, 0 with stitched chunks; may be null.
  */
 QVRUNCOMPRESSED_API uint32_t QVRUncompressed_DecodeAndUnwrapFrame(
     QVRUncompressed_Decoder decoder, const QVRUncompressed_UncompressedParams_t* up,

@@ -51,10 +51,12 @@ box_header box_reader::peek_header() const {
     return {load_32(offset), load_32(offset + k_type_field)};
 }
 
-void box_reader::expect_type(std::uint32_t type, const char* message) const {
-    if (peek_header().type != type) {
+box_header box_reader::expect_box(std::uint32_t type, const char* message) const {
+    const box_header header = peek_header();
+    if (header.type != type) {
         throw_invalid_buffer(message, offset + k_type_field);
     }
+    return header;
 }
 
 void box_reader::expect_whole_header(const box_header& header) const {
@@ -67,8 +69,7 @@ void box_reader::expect_whole_header(const box_header& header) const {
 }
 
 void box_reader::read_pack() {
-    expect_type(k_pack, "'pack' box expected at offset ");
-    const box_header header = peek_header();
+    const box_header header = expect_box(k_pack, "'pack' box expected at offset ");
     if (header.size > limit) {
         throw_invalid_buffer("pack box size(", header.size, ") is greater than buffer size(", limit, ")");
     }
@@ -90,8 +91,7 @@ void box_reader::read_plane() {
 }
 
 plane_info box_reader::read_sinf() {
-    expect_type(k_sinf, "'sinf' box expected at offset ");
-    const box_header header = peek_header();
+    const box_header header = expect_box(k_sinf, "'sinf' box expected at offset ");
     if (header.size < k_sinf_layout) {
         throw_invalid_buffer("sinf box size expected to be at least ", k_sinf_layout, " bytes at offset ", offset);
     }
@@ -113,8 +113,7 @@ plane_info box_reader::read_sinf() {
 }
 
 void box_reader::read_sdat(const plane_info& plane) {
-    expect_type(k_sdat, "'sdat' box expected at offset ");
-    const box_header header = peek_header();
+    const box_header header = expect_box(k_sdat, "'sdat' box expected at offset ");
     const wide least = least_sdat_size(plane);
     if (header.size < least) {
         throw_invalid_buffer("'sdat' box size expected to be at least ", least, " at offset ", offset);

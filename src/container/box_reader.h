@@ -43,7 +43,8 @@ class box_reader {
     void read_sdat(const plane_info& plane);
     void read_stitched(std::uint64_t end);
 
-    void expect_type(std::uint32_t type, const char* message) const;
+    // The header at the current offset, which must be of this type.
+    box_header expect_box(std::uint32_t type, const char* message) const;
     // Refuses a box that claims to be shorter than its own header.
     void expect_whole_header(const box_header& header) const;
     std::uint32_t load_32(std::uint64_t at) const;

@@ -13,8 +13,7 @@ namespace container {
 
 class box_writer {
   public:
-    // Throws invalid_buffer for a null destination. The room is the caller's promise: the whole frame is compared with
-    // its buffer before the first payload is written.
+    // Throws invalid_buffer for a null destination.
     box_writer(std::uint8_t* destination, std::size_t capacity) : position(destination), end(destination + capacity) {
         if (destination == nullptr) {
             throw_invalid_buffer("buffer is null");

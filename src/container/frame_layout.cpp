@@ -9,10 +9,6 @@ namespace container {
 
 namespace {
 
-constexpr std::uint32_t half_up(std::uint32_t value) {
-    return value / 2 + value % 2;
-}
-
 // What stands before a plane's payload: its 'sinf' and the 'sdat' header, and the 'icmp' header when there is one.
 constexpr std::uint32_t k_lone_plane_overhead = k_sinf_size + k_box_header_size;
 constexpr std::uint32_t k_plane_overhead = k_lone_plane_overhead + k_box_header_size;

@@ -32,7 +32,7 @@ void read_children(box_reader& reader) {
     }
 }
 
-// The order that a frame reads as: the one whose memory holds the samples as the bitstream does.
+// The order that a frame reads as: of all orders that the planes can be put into, one for each kind of frame.
 struct metadata_order {
     plane_class main;
     std::uint32_t order;
@@ -45,33 +45,17 @@ constexpr metadata_order k_metadata_orders[] = {
     {plane_class::stitched, 0, 0},
 };
 
-const metadata_order& order_of_main_plane(const plane_info& main) {
+const metadata_order& order_of_main_plane(const plane_info* main) {
     for (const metadata_order& row : k_metadata_orders) {
-        if (row.main == main.traits().holds) {
+        if (main != nullptr && row.main == main->traits().holds) {
             return row;
         }
     }
     throw_invalid_argument("Plane type is not supported");
 }
 
-constexpr std::uint64_t half_up(std::uint32_t value) {
-    return (std::uint64_t{value} + 1) / 2;
-}
-
 bool is_half_of(const plane_info& chroma, const plane_info& luma) {
     return chroma.width == half_up(luma.width) && chroma.height == half_up(luma.height);
-}
-
-void check_same_depth(const plane_info& plane, const plane_info& other) {
-    if (plane.traits().bits != other.traits().bits) {
-        throw_invalid_argument("planes with different bitdepth is not supported by this decoder");
-    }
-}
-
-void check_same_dimensions(const plane_info& alpha, const plane_info& main) {
-    if (alpha.width != main.width || alpha.height != main.height) {
-        throw_invalid_argument("Alpha plane with different width or height is not supported by this decoder");
-    }
 }
 
 // Every plane of the caller's format must be there; surplus planes are fine.
@@ -109,8 +93,9 @@ frame_layout_plan parse_container(const std::uint8_t* source, std::uint32_t sour
 }
 
 QVRUncompressed_UncompressedParams_t read_metadata(const frame_layout_plan& plan) {
-    const plane_info& main = *plan.roles().main;
-    const metadata_order& orders = order_of_main_plane(main);
+    const plane_roles roles = plan.roles();
+    const metadata_order& orders = order_of_main_plane(roles.main);
+    const plane_info& main = *roles.main;
     const bool with_alpha = plan.planes.size() == 2 || plan.planes.size() == 4;
     QVRUncompressed_UncompressedParams_t up{};
     up.size = sizeof up;
@@ -125,7 +110,9 @@ QVRUncompressed_UncompressedParams_t read_metadata(const frame_layout_plan& plan
 void check_plane_consistency(const frame_layout_plan& plan) {
     const plane_list& planes = plan.planes;
     for (const plane_entry& plane : planes) {
-        check_same_depth(plane, planes[0]);
+        if (plane.traits().bits != planes[0].traits().bits) {
+            throw_invalid_argument("planes with different bitdepth is not supported by this decoder");
+        }
         if (plane.layout != planes[0].layout) {
             throw_invalid_argument("planes with different frame layout is not supported by this decoder");
         }
@@ -139,14 +126,10 @@ void check_plane_consistency(const frame_layout_plan& plan) {
             throw_invalid_argument("Cr plane width and hight should be half of luma");
         }
     }
-    if (roles.alpha != nullptr) {
-        check_same_dimensions(*roles.alpha, *roles.main);
+    if (roles.alpha != nullptr &&
+        (roles.alpha->width != roles.main->width || roles.alpha->height != roles.main->height)) {
+        throw_invalid_argument("Alpha plane with different width or height is not supported by this decoder");
     }
-}
-
-void check_alpha_plane(const plane_roles& roles) {
-    check_same_depth(*roles.alpha, *roles.main);
-    check_same_dimensions(*roles.alpha, *roles.main);
 }
 
 bool converts_to_float(const plane_info& main, std::uint32_t component_type) {

@@ -19,10 +19,6 @@ QVRUncompressed_UncompressedParams_t read_metadata(const frame_layout_plan& plan
 // The planes against each other. Throws invalid_argument.
 void check_plane_consistency(const frame_layout_plan& plan);
 
-// The alpha plane against the main plane: the part of the above that keeps an alpha plane decoded alone inside its
-// buffer. Throws invalid_argument.
-void check_alpha_plane(const plane_roles& roles);
-
 // The planes against what the caller asks for. Throws invalid_argument.
 void check_against_caller(const frame_layout_plan& plan, const QVRUncompressed_UncompressedParams_t& up);
 

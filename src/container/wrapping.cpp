@@ -69,6 +69,20 @@ constexpr std::uint32_t k_qcx_height = 24;
 constexpr std::uint32_t k_qcx_width = 26;
 constexpr std::uint32_t k_qcx_compression_id = 40;
 
+// The wrapType that reading reports for a box; 0 for one that carries no payload.
+std::uint32_t wrap_type_of_box(std::uint32_t box_type) {
+    switch (box_type) {
+        case k_qcxf:
+            return QVRUncompressed_WrapQCX;
+        case k_stch:
+            return QVRUncompressed_WrapStitched;
+        case k_tile:
+            return QVRUncompressed_WrapTile;
+        default:
+            return 0;
+    }
+}
+
 }  // namespace
 
 frame_layout_plan plan_wrapped_frame(const QVRUncompressed_UncompressedParams_t& up,
@@ -129,19 +143,6 @@ void check_against_qcx(const QVRUncompressed_UncompressedParams_t& up, const qcx
     }
     if (!qcx.interlaced && up.frameLayout != QVRUncompressed_LayoutProgressive) {
         throw_invalid_argument("Uncompressed params frame layout is not compatible with progressive QCX");
-    }
-}
-
-std::uint32_t wrap_type_of_box(std::uint32_t box_type) {
-    switch (box_type) {
-        case k_qcxf:
-            return QVRUncompressed_WrapQCX;
-        case k_stch:
-            return QVRUncompressed_WrapStitched;
-        case k_tile:
-            return QVRUncompressed_WrapTile;
-        default:
-            return 0;
     }
 }
 

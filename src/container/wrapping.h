@@ -33,9 +33,6 @@ qcx_header_info read_qcx_header(const std::uint8_t* frame, std::uint32_t size);
 // Throws invalid_argument unless a plane with these parameters can stand beside such a frame.
 void check_against_qcx(const QVRUncompressed_UncompressedParams_t& up, const qcx_header_info& qcx);
 
-// The wrapType that reading reports for a box; 0 for one that carries no payload.
-std::uint32_t wrap_type_of_box(std::uint32_t box_type);
-
 // Fills count records from the boxes of a parsed plan. Throws invalid_argument when there are fewer boxes.
 void read_wrap_params(const frame_layout_plan& plan, QVRUncompressed_WrapParams_t* wraps, std::uint32_t count);
 

@@ -26,7 +26,7 @@ std::uint32_t decoder_impl::decode_frame(const QVRUncompressed_UncompressedParam
     container::check_against_caller(plan, up);
 
     const container::plane_roles roles = plan.roles();
-    const buffers frame = {src, src_size, dst};
+    const frame_buffers frame = {src, src_size, dst};
     for (const caller_plane& plane : geometry) {
         if (plane.role == plane_role::alpha) {
             decode_alpha_plane(up, plane, *roles.alpha, frame);
@@ -38,7 +38,7 @@ std::uint32_t decoder_impl::decode_frame(const QVRUncompressed_UncompressedParam
 }
 
 void decoder_impl::decode_colour_plane(const QVRUncompressed_UncompressedParams_t& up, const caller_plane& plane,
-                                       const container::plane_roles& roles, const buffers& frame) {
+                                       const container::plane_roles& roles, const frame_buffers& frame) {
     const order_traits& order = traits_of_order(up.colorComponentOrder);
     const plane_entry& stored = *stored_plane(roles, plane.role);
     const row_codec codec(order.map, up.componentType, plane, stored);
@@ -65,7 +65,7 @@ void decoder_impl::decode_colour_plane(const QVRUncompressed_UncompressedParams_
 }
 
 void decoder_impl::decode_alpha_plane(const QVRUncompressed_UncompressedParams_t& up, const caller_plane& plane,
-                                      const plane_entry& stored, const buffers& frame) {
+                                      const plane_entry& stored, const frame_buffers& frame) {
     std::uint8_t* const target = frame.dst + static_cast<std::uint64_t>(plane.offset);
     if (stored.traits().holds == plane_class::coded_alpha) {
         decode_coded_alpha(alpha_plane_description(up, 0), stored, frame, target,
@@ -78,7 +78,7 @@ void decoder_impl::decode_alpha_plane(const QVRUncompressed_UncompressedParams_t
                          {target, plane.stride}, nullptr);
 }
 
-void decoder_impl::decode_coded_alpha(const rle_params& params, const plane_entry& stored, const buffers& frame,
+void decoder_impl::decode_coded_alpha(const rle_params& params, const plane_entry& stored, const frame_buffers& frame,
                                       std::uint8_t* target, threaded_rle_decoder::uncovered rest) {
     // A coded plane may claim more than there is; what is there is decoded.
     const auto offset = static_cast<std::uint64_t>(stored.offset);

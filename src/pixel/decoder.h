@@ -30,22 +30,16 @@ class decoder_impl {
                                           std::uint32_t dst_size, std::uint8_t* const* wrap_dst);
 
   private:
-    struct buffers {
-        const std::uint8_t* src;
-        std::uint32_t src_size;
-        std::uint8_t* dst;
-    };
-
     void decode_colour_plane(const QVRUncompressed_UncompressedParams_t& up, const caller_plane& plane,
-                             const container::plane_roles& roles, const buffers& frame);
+                             const container::plane_roles& roles, const frame_buffers& frame);
     void decode_alpha_plane(const QVRUncompressed_UncompressedParams_t& up, const caller_plane& plane,
-                            const container::plane_entry& stored, const buffers& frame);
+                            const container::plane_entry& stored, const frame_buffers& frame);
     void unwrap_stitched(const QVRUncompressed_WrapParams_t& first, std::uint32_t count, const std::uint8_t* src,
                          std::uint32_t src_size, std::uint8_t* const* wrap_dst);
     std::uint32_t unwrap_qcx(const QVRUncompressed_UncompressedParams_t& up, const QVRUncompressed_WrapParams_t& first,
-                             std::uint32_t count, const buffers& frame, std::uint32_t dst_size,
+                             std::uint32_t count, const frame_buffers& frame, std::uint32_t dst_size,
                              std::uint8_t* const* wrap_dst);
-    void decode_coded_alpha(const rle_params& params, const container::plane_entry& stored, const buffers& frame,
+    void decode_coded_alpha(const rle_params& params, const container::plane_entry& stored, const frame_buffers& frame,
                             std::uint8_t* target, threaded_rle_decoder::uncovered rest);
     void threaded_unpack_rows(const row_codec& codec, std::uint32_t rows, row_span<const std::uint8_t> stored,
                               row_span<const std::uint8_t> alpha, row_span<std::uint8_t> caller,

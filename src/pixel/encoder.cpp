@@ -33,7 +33,7 @@ std::uint32_t encoder_impl::encode_frame(const QVRUncompressed_UncompressedParam
 
 void encoder_impl::encode_planes(const QVRUncompressed_UncompressedParams_t& up,
                                  const QVRUncompressed_CompressedParams_t& cp, const frame_geometry& geometry,
-                                 frame_layout_plan& plan, const buffers& frame) {
+                                 frame_layout_plan& plan, const frame_buffers& frame) {
     for (const caller_plane& plane : geometry) {
         if (plane.role == plane_role::alpha) {
             encode_alpha_plane(up, cp, plane, plan, frame);
@@ -45,7 +45,7 @@ void encoder_impl::encode_planes(const QVRUncompressed_UncompressedParams_t& up,
 
 void encoder_impl::encode_colour_plane(const QVRUncompressed_UncompressedParams_t& up,
                                        const QVRUncompressed_CompressedParams_t& cp, const caller_plane& plane,
-                                       frame_layout_plan& plan, const buffers& frame) {
+                                       frame_layout_plan& plan, const frame_buffers& frame) {
     const order_traits& order = traits_of_order(up.colorComponentOrder);
     const container::plane_roles roles = plan.roles();
     const plane_entry& stored = *stored_plane(roles, plane.role);
@@ -74,7 +74,7 @@ void encoder_impl::encode_colour_plane(const QVRUncompressed_UncompressedParams_
 
 void encoder_impl::encode_alpha_plane(const QVRUncompressed_UncompressedParams_t& up,
                                       const QVRUncompressed_CompressedParams_t& cp, const caller_plane& plane,
-                                      frame_layout_plan& plan, const buffers& frame) {
+                                      frame_layout_plan& plan, const frame_buffers& frame) {
     const plane_entry* stored = plan.roles().alpha;
     if (stored == nullptr) {
         return;  // this component type stores no alpha

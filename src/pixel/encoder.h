@@ -33,23 +33,17 @@ class encoder_impl {
                                         std::uint32_t dst_size);
 
   private:
-    struct buffers {
-        const std::uint8_t* src;
-        std::uint32_t src_size;
-        std::uint8_t* dst;
-    };
-
     void encode_planes(const QVRUncompressed_UncompressedParams_t& up, const QVRUncompressed_CompressedParams_t& cp,
-                       const frame_geometry& geometry, container::frame_layout_plan& plan, const buffers& frame);
+                       const frame_geometry& geometry, container::frame_layout_plan& plan, const frame_buffers& frame);
     void encode_colour_plane(const QVRUncompressed_UncompressedParams_t& up,
                              const QVRUncompressed_CompressedParams_t& cp, const caller_plane& plane,
-                             container::frame_layout_plan& plan, const buffers& frame);
+                             container::frame_layout_plan& plan, const frame_buffers& frame);
     void encode_alpha_plane(const QVRUncompressed_UncompressedParams_t& up,
                             const QVRUncompressed_CompressedParams_t& cp, const caller_plane& plane,
-                            container::frame_layout_plan& plan, const buffers& frame);
+                            container::frame_layout_plan& plan, const frame_buffers& frame);
     void encode_wrapped_alpha(const QVRUncompressed_UncompressedParams_t& up,
                               const QVRUncompressed_CompressedParams_t& cp, container::frame_layout_plan& plan,
-                              const buffers& frame);
+                              const frame_buffers& frame);
     void code_alpha(const rle_params& params, const std::uint8_t* source, std::uint64_t source_size,
                     container::frame_layout_plan& plan, std::uint8_t* dst);
     void threaded_pack_rows(const row_codec& codec, std::uint32_t rows, row_span<const std::uint8_t> caller,

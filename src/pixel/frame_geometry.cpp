@@ -4,14 +4,6 @@
 #include "api/base/errors.h"
 #include "api/base/pixel_format.h"
 
-namespace {
-
-constexpr std::uint32_t half_up(std::uint32_t value) {
-    return value / 2 + value % 2;
-}
-
-}  // namespace
-
 frame_geometry::frame_geometry(const QVRUncompressed_UncompressedParams_t& up) {
     const order_traits& order = traits_of_order(up.colorComponentOrder);
     const std::uint64_t sample_bytes = traits_of_type(up.componentType).bytes;

@@ -26,6 +26,13 @@ struct caller_plane {
     wide size() const { return wide{stride} * height; }
 };
 
+// Source and destination of a call; the destination's size has been compared with what is going to be written.
+struct frame_buffers {
+    const std::uint8_t* src;
+    std::uint32_t src_size;
+    std::uint8_t* dst;
+};
+
 class frame_geometry {
   public:
     explicit frame_geometry(const QVRUncompressed_UncompressedParams_t& up);

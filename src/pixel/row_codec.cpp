@@ -107,14 +107,14 @@ void row_codec::restore_order(const std::uint8_t* in_order, const std::uint8_t* 
     const std::uint64_t groups = samples / rule.map.colours;
     kernels.unpack(rule, in_order, alpha, groups, caller);
 
-    const std::uint64_t done = groups * rule.group_bytes();
+    const std::uint64_t done = groups * rule.group_bytes;
     if (done == caller_row) {
         return;
     }
     std::uint8_t colour[16] = {};
     const std::uint8_t no_alpha[16] = {};
     std::uint8_t group[16];
-    const std::uint64_t used = groups * rule.colour_bytes();
+    const std::uint64_t used = groups * rule.colour_bytes;
     std::memcpy(colour, in_order + used, samples * sample_bytes - used);
     scalar::unpack(rule, colour, no_alpha, 1, group);
     std::memcpy(caller + done, group, caller_row - done);

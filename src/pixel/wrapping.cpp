@@ -30,6 +30,22 @@ caller_plane lone_alpha_plane(const QVRUncompressed_UncompressedParams_t& up) {
     return {plane_role::alpha, up.width, up.height, row, up.rowBytes != 0 ? up.rowBytes : row, 0};
 }
 
+// The main plane has been compared with the caller's record, an alpha plane beside it has not. Rows of a raw one must
+// be samples as the caller stores them, fit between his rows and be there; a coded one is bounded by its coder.
+void check_raw_alpha(const container::plane_entry& stored, const caller_plane& caller, std::uint32_t type,
+                     std::uint32_t src_size) {
+    if (stored.traits().holds == plane_class::coded_alpha) {
+        return;
+    }
+    if (traits_of_type(type).rule != narrowing::none) {
+        throw_invalid_argument("planes with different bitdepth is not supported by this decoder");
+    }
+    const wide row = row_bytes(stored.type, stored.width);
+    if (row > caller.stride || row * caller.height > src_size - stored.offset) {
+        throw_invalid_argument("Alpha plane with different width or height is not supported by this decoder");
+    }
+}
+
 }  // namespace
 
 namespace encoder {
@@ -65,8 +81,7 @@ std::uint32_t encoder_impl::encode_and_wrap_frame(const QVRUncompressed_Uncompre
 
 void encoder_impl::encode_wrapped_alpha(const QVRUncompressed_UncompressedParams_t& up,
                                         const QVRUncompressed_CompressedParams_t& cp, frame_layout_plan& plan,
-                                        const buffers& frame) {
-    const frame_geometry geometry(up);
+                                        const frame_buffers& frame) {
     if (cp.alphaCompression != 0) {
         // The coder has checks of its own, with texts of its own.
         code_alpha(alpha_plane_description(up, cp.rleSlices), frame.src, frame.src_size, plan, frame.dst);
@@ -75,6 +90,7 @@ void encoder_impl::encode_wrapped_alpha(const QVRUncompressed_UncompressedParams
     if (frame.src == nullptr) {
         throw_invalid_argument("src buffer is null");
     }
+    const frame_geometry geometry(up);
     geometry.check_strides();
     if (geometry.total() > frame.src_size) {
         throw_invalid_argument("src size is too small");
@@ -103,11 +119,9 @@ void decoder_impl::unwrap_stitched(const QVRUncompressed_WrapParams_t& first, st
     const frame_layout_plan plan = container::parse_container(src, src_size);
     const std::vector<box_entry>& boxes = plan.wrap_boxes;
     container::check_box_count(plan, count);
-    if (!boxes.empty()) {
-        // Kept as is: of all chunks only the first is compared with its record.
-        if (boxes[0].size != first.dataSize) {
-            throw_invalid_buffer("Extra box size is not equal wrap params size");
-        }
+    // Kept as is: of all chunks only the first is compared with its record.
+    if (!boxes.empty() && boxes[0].size != first.dataSize) {
+        throw_invalid_buffer("Extra box size is not equal wrap params size");
     }
     for (std::uint32_t i = 0; i < count; ++i) {
         container::check_payload(boxes[i], src_size);
@@ -119,7 +133,8 @@ void decoder_impl::unwrap_stitched(const QVRUncompressed_WrapParams_t& first, st
 
 std::uint32_t decoder_impl::unwrap_qcx(const QVRUncompressed_UncompressedParams_t& up,
                                        const QVRUncompressed_WrapParams_t& first, std::uint32_t count,
-                                       const buffers& frame, std::uint32_t dst_size, std::uint8_t* const* wrap_dst) {
+                                       const frame_buffers& frame, std::uint32_t dst_size,
+                                       std::uint8_t* const* wrap_dst) {
     const frame_geometry geometry(up);
     geometry.check_strides();
     if (frame.dst == nullptr) {
@@ -145,12 +160,12 @@ std::uint32_t decoder_impl::unwrap_qcx(const QVRUncompressed_UncompressedParams_
         throw_invalid_buffer("Alpha plane is not found");
     }
     container::check_against_caller(plan, up);
-    // An alpha plane of another shape than the main plane's, which has just been compared, would not fit the caller's.
-    container::check_alpha_plane(roles);
+    const caller_plane target = lone_alpha_plane(up);
+    check_raw_alpha(*roles.alpha, target, up.componentType, frame.src_size);
     container::check_payload(box, frame.src_size);
 
     copy_bytes(wrap_dst[0], frame.src + box.offset, box.size);
-    decode_alpha_plane(up, lone_alpha_plane(up), *roles.alpha, frame);
+    decode_alpha_plane(up, target, *roles.alpha, frame);
     return checked_narrow(geometry.total());
 }
 

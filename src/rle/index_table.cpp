@@ -9,7 +9,7 @@ namespace {
 constexpr std::uint32_t k_predictor = 0x7fffff;  // what the first value of a sequence is measured from
 constexpr unsigned k_low_bits = 10;
 constexpr unsigned k_raw_bits = 24;
-constexpr std::uint32_t k_largest_rice = 13311;  // from here on the raw form is the shorter one
+constexpr std::uint32_t k_largest_rice = 13311;  // above it the raw form is the shorter one
 constexpr std::uint32_t k_largest_code = 0xffffff;
 
 // Kept as is: a difference is wrapped into 24 bits once when written and never when read, so sequences survive only

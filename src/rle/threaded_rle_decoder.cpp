@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <array>
+#include <atomic>
 #include <cstring>
 
 #include "api/base/errors.h"
@@ -57,6 +58,12 @@ slice_jobs make_jobs(const rle_params& params, const std::uint8_t* src, std::siz
     return jobs;
 }
 
+void lower_to(std::atomic<std::uint32_t>& least, std::uint32_t value) {
+    std::uint32_t seen = least;
+    while (value < seen && !least.compare_exchange_weak(seen, value)) {
+    }
+}
+
 void throw_if_failed(slice_result result) {
     switch (result) {
         case slice_result::ok:
@@ -78,9 +85,18 @@ unsigned long threaded_rle_decoder::decode_frame(const rle_params& params, const
     auto* const out = static_cast<std::uint8_t*>(dst);
     slice_jobs jobs = make_jobs(params, static_cast<const std::uint8_t*>(src), src_size, out);
     const auto decode = params.bit_depth == 8 ? decode_slice<std::uint8_t> : decode_slice<std::uint16_t>;
+    // Behind a slice that has failed the rest need not be decoded; slices before it must, since the first one in the
+    // payload's order is reported, whichever thread comes upon it.
+    std::atomic<std::uint32_t> first_failed{jobs.count};
     run_tasks(executor, jobs.count, [&](std::uint32_t i) {
+        if (i > first_failed) {
+            return;
+        }
         slice_job& job = jobs.each[i];
         job.result = decode(job.source, job.source_size, job.rows);
+        if (job.result != slice_result::ok) {
+            lower_to(first_failed, i);
+        }
     });
     for (std::uint32_t i = 0; i < jobs.count; ++i) {
         throw_if_failed(jobs.each[i].result);

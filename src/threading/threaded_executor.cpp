@@ -80,7 +80,8 @@ void threaded_executor::run_worker(worker& self) {
         lock.lock();
         // The worker whose subtraction leaves nothing has finished the batch. Under the mutex, so that the client
         // cannot miss the signal between its test and its sleep.
-        if (pending.fetch_sub(count) == count) {
+        pending -= count;
+        if (pending == 0) {
             batch_done.notify_one();
         }
     }

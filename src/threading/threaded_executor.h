@@ -12,7 +12,6 @@
 // by one mutex, except that a worker runs and pops its own queue without it: nothing is pushed while a batch runs.
 #pragma once
 
-#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -59,8 +58,8 @@ class threaded_executor {
 
     std::vector<std::unique_ptr<worker>> workers;
     std::size_t next_queue = 0;
-    std::atomic<std::uint64_t> pending{0};  // submitted and not yet accounted for by a worker
-    std::exception_ptr first_error;         // of this batch; later ones are dropped
+    std::uint64_t pending = 0;       // submitted and not yet accounted for by a worker
+    std::exception_ptr first_error;  // of this batch; later ones are dropped
     std::mutex mutex;
     std::condition_variable wake;
     std::condition_variable batch_done;

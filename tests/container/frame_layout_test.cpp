@@ -7,6 +7,7 @@
 
 #include "api/base/errors.h"
 #include "container/box_writer.h"
+#include "container/parse.h"
 #include "guarded_buffer.h"
 
 namespace {
@@ -103,6 +104,13 @@ TEST(frame_layout, roles_are_found_in_any_order_of_planes) {
     EXPECT_EQ(lone.roles().main, lone.roles().alpha);
     plan.planes[1].type = 0;
     EXPECT_EQ(message_of<invalid_argument>([&] { plan.roles(); }), "unsupported plane type");
+}
+
+TEST(metadata, a_main_plane_that_no_frame_has_is_refused) {
+    frame_layout_plan plan = plan_of(10, 1, 4, 2);
+    plan.planes[0].type = plan.planes[1].type;  // no luma
+    plan.planes[1].type = plan.planes[2].type = fourcc(" a08");
+    EXPECT_EQ(message_of<invalid_argument>([&] { container::read_metadata(plan); }), "Plane type is not supported");
 }
 
 TEST(frame_layout, a_plane_list_counts_more_planes_than_it_keeps) {

@@ -21,7 +21,7 @@ constexpr std::uint32_t k_mapped_orders[] = {1, 3, 4, 6, 7, 8, 11, 12, 15};
 kernel_call pack_call(const reorder_rule& rule, std::size_t groups, bytes row, bool with_alpha) {
     kernel_call call;
     call.sources = {std::move(row)};
-    call.destination_sizes = {groups * rule.colour_bytes(),
+    call.destination_sizes = {groups * rule.colour_bytes,
                               with_alpha && rule.map.alpha >= 0 ? groups * rule.sample_bytes : 0};
     call.run = [=](cpu_features features, const std::uint8_t* const* in, std::uint8_t* const* out) {
         make_row_kernels(features).pack(rule, in[0], groups, out[0], with_alpha ? out[1] : nullptr);
@@ -32,7 +32,7 @@ kernel_call pack_call(const reorder_rule& rule, std::size_t groups, bytes row, b
 kernel_call unpack_call(const reorder_rule& rule, std::size_t groups, bytes colour, bytes alpha) {
     kernel_call call;
     call.sources = {std::move(colour), std::move(alpha)};
-    call.destination_sizes = {groups * rule.group_bytes()};
+    call.destination_sizes = {groups * rule.group_bytes};
     call.run = [=](cpu_features features, const std::uint8_t* const* in, std::uint8_t* const* out) {
         make_row_kernels(features).unpack(rule, in[0], in[1], groups, out[0]);
     };
@@ -44,8 +44,8 @@ TEST(row_kernels, pack_equals_scalar_on_every_length_alignment_and_order) {
     for (const std::uint32_t order : k_mapped_orders) {
         for (const unsigned sample_bytes : {1u, 2u, 4u}) {
             const reorder_rule rule = make_reorder_rule(traits_of_order(order).map, sample_bytes);
-            for (std::size_t groups = 0; groups * rule.group_bytes() <= k_longest; ++groups) {
-                const bytes row = random.content(groups * rule.group_bytes());
+            for (std::size_t groups = 0; groups * rule.group_bytes <= k_longest; ++groups) {
+                const bytes row = random.content(groups * rule.group_bytes);
                 test::expect_same_as_scalar(pack_call(rule, groups, row, true));
                 test::expect_same_as_scalar(pack_call(rule, groups, row, false));
                 ASSERT_FALSE(HasFailure()) << "order " << order << ", bytes " << sample_bytes << ", groups " << groups;
@@ -59,10 +59,10 @@ TEST(row_kernels, unpack_equals_scalar_on_every_length_alignment_and_order) {
     for (const std::uint32_t order : k_mapped_orders) {
         for (const unsigned sample_bytes : {1u, 2u, 4u}) {
             const reorder_rule rule = make_reorder_rule(traits_of_order(order).map, sample_bytes);
-            for (std::size_t groups = 0; groups * rule.group_bytes() <= k_longest; ++groups) {
+            for (std::size_t groups = 0; groups * rule.group_bytes <= k_longest; ++groups) {
                 const std::size_t alpha_bytes = rule.map.alpha >= 0 ? groups * sample_bytes : 0;
-                test::expect_same_as_scalar(unpack_call(rule, groups, random.content(groups * rule.colour_bytes()),
-                                                        random.content(alpha_bytes)));
+                test::expect_same_as_scalar(
+                    unpack_call(rule, groups, random.content(groups * rule.colour_bytes), random.content(alpha_bytes)));
                 ASSERT_FALSE(HasFailure()) << "order " << order << ", bytes " << sample_bytes << ", groups " << groups;
             }
         }
@@ -75,7 +75,7 @@ TEST(row_kernels, unpack_undoes_pack) {
         for (const unsigned sample_bytes : {1u, 2u, 4u}) {
             const reorder_rule rule = make_reorder_rule(traits_of_order(order).map, sample_bytes);
             const std::size_t groups = 37;
-            const bytes row = random.content(groups * rule.group_bytes());
+            const bytes row = random.content(groups * rule.group_bytes);
             const auto packed = test::scalar_result(pack_call(rule, groups, row, true));
             EXPECT_EQ(test::scalar_result(unpack_call(rule, groups, packed[0], packed[1]))[0], row)
                 << "order " << order << ", bytes " << sample_bytes;

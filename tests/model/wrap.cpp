@@ -231,20 +231,27 @@ void check_wrapped_frame(const parsed_frame& stream, const wrap_params& first, s
     }
 }
 
-// The alpha plane of a stream with more planes is decoded by the caller's
-// description of the main plane, so the two have to agree.
-void check_alpha_against_main(const parsed_frame& stream, const parsed_plane& alpha) {
-    const parsed_plane& first = main_plane(stream);
-    if (bits_of_code(alpha.name) != bits_of_code(first.name)) {
-        throw failure("planes with different bitdepth is not supported by this decoder");
-    }
-    if (alpha.width != first.width || alpha.height != first.height) {
-        throw failure("Alpha plane with different width or height is not supported by this decoder");
-    }
-}
-
 exact lone_alpha_stride(const frame_params& frame) {
     return frame.row_bytes != 0 ? exact(frame.row_bytes) : exact(sample_bytes(frame.type)) * frame.width;
+}
+
+// A raw alpha plane beside other planes is copied by its own rows, as many as
+// the caller's frame has. What would not fit there, or is not there, is
+// refused; a coded plane does not ask what its description says.
+void copy_raw_alpha(const frame_params& frame, const parsed_plane& alpha, view source, target raw) {
+    if (frame.type >= 3 && frame.type <= 5) {
+        throw failure("planes with different bitdepth is not supported by this decoder");
+    }
+    const exact row = row_bytes(alpha.name, alpha.width);
+    const exact stride = lone_alpha_stride(frame);
+    if (row > stride || row * frame.height > source.size - alpha.offset) {
+        throw failure("Alpha plane with different width or height is not supported by this decoder");
+    }
+    for (std::uint32_t y = 0; row != 0 && y < frame.height; ++y) {
+        for (exact x = 0; x < row; ++x) {
+            raw.at(stride * y + x) = source.at(alpha.offset + row * y + x);
+        }
+    }
 }
 
 }  // namespace
@@ -265,13 +272,13 @@ unwrapped decode_and_unwrap(const frame_params& frame, const std::vector<wrap_pa
     check_wrapped_frame(stream, wraps.at(0), count);
     check_consistency(stream, frame);
     const parsed_plane& alpha = *find_plane(stream, plane_role::alpha);
-    check_alpha_against_main(stream, alpha);
     unwrapped result;
-    result.payloads.push_back(copy_payload(source, stream.wraps[0]));
     if (is_coded_alpha(alpha.name)) {
+        result.payloads.push_back(copy_payload(source, stream.wraps[0]));
         rle_decode(alpha_params(frame, 0), payload_of(source, alpha), raw);
     } else {
-        unpack_plane(frame.type, alpha, source, raw, 0, lone_alpha_stride(frame));
+        copy_raw_alpha(frame, alpha, source, raw);
+        result.payloads.push_back(copy_payload(source, stream.wraps[0]));
     }
     result.written = uncompressed_size(frame);
     return result;

@@ -126,6 +126,15 @@ TEST(threaded_rle_decoder, of_several_bad_slices_the_first_is_reported_whatever_
     }
 }
 
+TEST(threaded_rle_decoder, slices_behind_one_that_failed_are_not_decoded) {
+    // 255 slices of one row, each of which could read through the whole payload of empty runs.
+    const bytes source =
+        payload(std::vector<std::uint32_t>(255, 0), std::vector<std::uint32_t>(255, 1), bytes(1 << 20));
+    for (const unsigned workers : {0u, 3u}) {
+        EXPECT_EQ(refusal({1, 255, 8, 0, 0}, source, workers), "rle payload is too short");
+    }
+}
+
 TEST(threaded_rle_decoder, every_cut_of_a_payload_stays_inside_it) {
     const bytes whole = test::coded({4, 2, 8, 2, 0}, test::example_plane());
     for (std::size_t size = 0; size < whole.size(); ++size) {

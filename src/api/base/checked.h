@@ -15,6 +15,11 @@ constexpr wide ceil_div(wide value, wide divisor) {
     return (value + divisor - 1) / divisor;
 }
 
+// Half of a dimension, rounded up: what chroma keeps of it.
+constexpr std::uint32_t half_up(std::uint32_t value) {
+    return value / 2 + value % 2;
+}
+
 constexpr bool fits_32(wide value) {
     return value <= std::numeric_limits<std::uint32_t>::max();
 }

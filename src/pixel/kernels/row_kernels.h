@@ -60,14 +60,14 @@ constexpr shuffle_masks make_shuffle_masks(const pixel_map& map, unsigned sample
 struct reorder_rule {
     pixel_map map;
     unsigned sample_bytes;  // 1, 2 or 4
+    unsigned group_bytes;   // of one group in the caller's memory
+    unsigned colour_bytes;  // of them colour
     shuffle_masks masks;
-
-    unsigned group_bytes() const { return map.samples * sample_bytes; }
-    unsigned colour_bytes() const { return map.colours * sample_bytes; }
 };
 
 constexpr reorder_rule make_reorder_rule(const pixel_map& map, unsigned sample_bytes) {
-    return {map, sample_bytes, make_shuffle_masks(map, sample_bytes)};
+    return {map, sample_bytes, map.samples * sample_bytes, map.colours * sample_bytes,
+            make_shuffle_masks(map, sample_bytes)};
 }
 
 struct row_kernels {

@@ -40,7 +40,8 @@ void narrow_10_packed_bmi2(const std::uint8_t* words, std::size_t width, std::ui
 void widen_10_packed_bmi2(const std::uint8_t* high, const std::uint8_t* low, std::size_t width, std::uint8_t* words) {
     const std::size_t groups = width / k_packed_pixels;
     for (std::size_t i = 0; i < groups; ++i) {
-        // Twelve high bytes as two overlapping words, six in each: the deposit takes no more than its mask has room for.
+        // Twelve high bytes as two overlapping words, six in each: the deposit takes no more than its mask has room
+        // for.
         const std::uint64_t high_front = load_64(high);
         const std::uint64_t high_back = load_64(high + 4) >> 16;
         const std::uint64_t lows = low[0] | std::uint64_t{low[1]} << 8 | std::uint64_t{low[2]} << 16;

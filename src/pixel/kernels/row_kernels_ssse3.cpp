@@ -37,7 +37,7 @@ void store_64(std::uint8_t* to, __m128i value) {
 // While this many groups are left, a vector of colours can be read or written without passing the row's end. Rows of
 // the caller's samples are never shorter than their colours.
 std::size_t groups_for_a_vector(const reorder_rule& rule) {
-    return (16 + rule.colour_bytes() - 1) / rule.colour_bytes();
+    return (16 + rule.colour_bytes - 1) / rule.colour_bytes;
 }
 
 // A map with alpha has four bytes of it in a vector, whatever the sample width.
@@ -57,7 +57,7 @@ void pack_ssse3(const reorder_rule& rule, const std::uint8_t* caller, std::size_
             store_32(alpha, _mm_shuffle_epi8(samples, pack_alpha));
             alpha += k_alpha_step;
         }
-        caller += step * rule.group_bytes();
+        caller += step * rule.group_bytes;
         colour += rule.masks.colour_bytes;
     }
     scalar::pack(rule, caller, groups, colour, alpha);
@@ -76,7 +76,7 @@ void unpack_ssse3(const reorder_rule& rule, const std::uint8_t* colour, const st
             alpha += k_alpha_step;
         }
         store(caller, samples);
-        caller += step * rule.group_bytes();
+        caller += step * rule.group_bytes;
         colour += rule.masks.colour_bytes;
     }
     scalar::unpack(rule, colour, alpha, groups, caller);
