@@ -1,33 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <gtest/gtest.h>
 
+#include "boxes.h"
 #include "clips.h"
 #include "process.h"
 
 namespace {
-
-void append_box(bytes& to, const std::string& type, const bytes& payload) {
-    const std::size_t at = to.size();
-    to.resize(at + 4);
-    put_le32(to, at, static_cast<std::uint32_t>(payload.size() + 8));
-    to.insert(to.end(), type.begin(), type.end());
-    to.insert(to.end(), payload.begin(), payload.end());
-}
-
-bytes plane_payload(std::uint32_t width, std::uint32_t height, const std::string& code) {
-    bytes payload(8);
-    put_le32(payload, 0, width);
-    put_le32(payload, 4, height);
-    payload.insert(payload.end(), code.begin(), code.end());
-    payload.push_back(0);
-    return payload;
-}
-
-bytes packed(const bytes& content) {
-    bytes frame;
-    append_box(frame, "pack", content);
-    return frame;
-}
 
 TEST(info, a_frame_of_one_plane_is_shown_with_every_box) {
     const scratch_folder folder;
@@ -113,10 +91,12 @@ TEST(info, wrapped_chunks_are_shown_and_counted) {
     folder.write("wrapped.qvr", packed(content));
     const outcome result = folder.qvr({"info", "wrapped.qvr"});
     EXPECT_EQ(result.code, 0) << result.err;
-    for (const char* line :
-         {"  format  8x4 progressive, wrapped chunks\n", "  wrapped 2 payloads\n",
-          "plane 0: 'stch' (stitched chunks), 8x4, progressive\n", "        'stch'                 37             18\n",
-          "        'tile'                 55             28\n"}) {
+    for (const char* line : {"  format  8x4 progressive, wrapped chunks\n",
+                             "  wrapped 2 payloads\n    payload 0: type 2 (stitched, first chunk), 10 bytes\n"
+                             "    payload 1: type 3 (stitched, further chunk), 20 bytes\n",
+                             "plane 0: 'stch' (stitched chunks), 8x4, progressive\n",
+                             "        'stch'                 37             18  payload 0: 10 bytes\n",
+                             "        'tile'                 55             28  payload 1: 20 bytes\n"}) {
         EXPECT_TRUE(holds(result.out, line)) << line << result.out;
     }
     const outcome decoded = folder.qvr({"decode", "wrapped.qvr", "a.raw"});
@@ -134,8 +114,62 @@ TEST(info, a_wrapped_frame_beside_alpha_is_shown_and_counted) {
     folder.write("wrapped.qvr", packed(content));
     const outcome result = folder.qvr({"info", "wrapped.qvr"});
     EXPECT_EQ(result.code, 0) << result.err;
-    EXPECT_TRUE(holds(result.out, "  wrapped 1 payload\n")) << result.out;
-    EXPECT_TRUE(holds(result.out, "      'QCXF'                    8             58\n")) << result.out;
+    EXPECT_TRUE(holds(result.out, "  wrapped 1 payload\n    payload 0: type 1 (QCX frame), 50 bytes\n")) << result.out;
+    EXPECT_TRUE(holds(result.out,
+                      "      'QCXF'                    8             58  payload 0: 50 bytes, compression 0, "
+                      "header size 0x0, flags 0x00 (no alpha)\n"))
+        << result.out;
+}
+
+TEST(info, the_header_of_a_wrapped_frame_is_shown_when_all_of_it_is_there) {
+    const scratch_folder folder;
+    for (const bool whole : {true, false}) {
+        bytes frame = qcx_frame(1301, 640, 358, whole ? 45 : 44);
+        frame[7] = 0x81;
+        bytes content;
+        append_box(content, "QCXF", frame);
+        append_box(content, "sinf", plane_payload(4, 2, " a08"));
+        append_box(content, "sdat", bytes(8, 7));
+        folder.write("wrapped.qvr", packed(content));
+        const outcome result = folder.qvr({"info", "wrapped.qvr"});
+        EXPECT_EQ(result.code, 0) << result.err;
+        const char* line =
+            whole ? "  payload 0: 45 bytes, compression 1301, header size 640x358, flags 0x81 (alpha of its "
+                    "own)\n"
+                  : "  payload 0: 44 bytes\n";
+        EXPECT_TRUE(holds(result.out, line)) << result.out;
+    }
+}
+
+TEST(info, payloads_of_a_frame_that_the_library_refuses_are_still_shown) {
+    bytes content;
+    append_box(content, "QCXF", qcx_frame(1300, 4, 2, 60));
+    append_box(content, "QCXF", bytes(20));
+    put_le32(content, 68, 5000);  // the second says more than there is
+    const scratch_folder folder;
+    folder.write("odd.qvr", packed(content));
+    const outcome result = folder.qvr({"info", "odd.qvr"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_TRUE(holds(result.out, "payload 0: 60 bytes, compression 1300, header size 4x2, ")) << result.out;
+    EXPECT_TRUE(holds(result.out, "payload 1: 4992 bytes  ! runs past the end by 4972\n")) << result.out;
+}
+
+TEST(info, the_list_of_very_many_payloads_is_cut_short) {
+    bytes chunks;
+    append_box(chunks, "stch", {});
+    for (int i = 0; i < 1500; ++i) {
+        append_box(chunks, "tile", {});
+    }
+    bytes content;
+    append_box(content, "sinf", plane_payload(8, 4, "stch"));
+    append_box(content, "sdat", chunks);
+    const scratch_folder folder;
+    folder.write("many.qvr", packed(content));
+    const outcome result = folder.qvr({"info", "many.qvr"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_TRUE(holds(result.out, "  wrapped 1501 payloads\n"));
+    EXPECT_TRUE(holds(result.out, "    payload 999: type 3 (stitched, further chunk), 0 bytes\n    (there are more "));
+    EXPECT_FALSE(holds(result.out, "    payload 1000: type"));
 }
 
 TEST(info, unknown_boxes_and_codes_are_shown_and_escaped) {

@@ -36,10 +36,11 @@ TEST(usage, help_goes_to_standard_output_with_examples) {
     const scratch_folder folder;
     const outcome whole = folder.qvr({"--help"});
     EXPECT_EQ(whole.code, 0);
-    for (const char* word : {"encode", "decode", "info", "formats", "Exit codes: 0 good, 1 bad data, 2 wrong usage"}) {
+    for (const char* word :
+         {"encode", "decode", "wrap", "unwrap", "info", "formats", "Exit codes: 0 good, 1 bad data, 2 wrong usage"}) {
         EXPECT_TRUE(holds(whole.out, word)) << word;
     }
-    for (const char* command : {"encode", "decode", "info"}) {
+    for (const char* command : {"encode", "decode", "wrap", "unwrap", "info"}) {
         const outcome result = folder.qvr({command, "--help"});
         EXPECT_EQ(result.code, 0);
         EXPECT_EQ(result.err, "");

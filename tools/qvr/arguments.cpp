@@ -27,7 +27,15 @@ void argument_list::positional(const char* name, std::string& to, const char* he
     command->app->add_option(name, to, help)->required()->type_name("");
 }
 
+void argument_list::optional_positional(const char* name, std::string& to, const char* help) {
+    command->app->add_option(name, to, help)->type_name("");
+}
+
 void argument_list::text(const char* name, std::string& to, const char* value_name, const char* help) {
+    command->app->add_option(name, to, help)->type_name(value_name);
+}
+
+void argument_list::texts(const char* name, std::vector<std::string>& to, const char* value_name, const char* help) {
     command->app->add_option(name, to, help)->type_name(value_name);
 }
 
@@ -45,6 +53,14 @@ void argument_list::flag(const char* name, bool& to, const char* help) {
 
 void argument_list::needs(const char* name, const char* other) {
     command->app->get_option(name)->needs(command->app->get_option(other));
+}
+
+void argument_list::excludes(const char* name, const char* other) {
+    command->app->get_option(name)->excludes(command->app->get_option(other));
+}
+
+void argument_list::require(const char* name) {
+    command->app->get_option(name)->required();
 }
 
 command_line::command_line(const char* about, const char* more, const std::string& version)

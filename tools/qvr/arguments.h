@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "failure.h"
 
@@ -24,12 +25,18 @@ class argument_list {
     // Text below the list of options.
     void explain(const char* text);
     void positional(const char* name, std::string& to, const char* help);
+    // One that may be left out, because only the command can say whether it is there.
+    void optional_positional(const char* name, std::string& to, const char* help);
     void text(const char* name, std::string& to, const char* value_name, const char* help);
+    // Takes every word up to the next option, and may be given more than once.
+    void texts(const char* name, std::vector<std::string>& to, const char* value_name, const char* help);
     void number(const char* name, std::uint32_t& to, const char* help, std::uint32_t most = 0xFFFFFFFFu);
     void number(const char* name, std::optional<std::uint32_t>& to, const char* help);
     void flag(const char* name, bool& to, const char* help);
     // The option `name` is of no use without the other.
     void needs(const char* name, const char* other);
+    void excludes(const char* name, const char* other);
+    void require(const char* name);
 
   private:
     parsed_command* command;

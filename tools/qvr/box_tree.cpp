@@ -16,6 +16,17 @@ bool is_type(const std::uint8_t* from, const char* type) {
     return std::memcmp(from + 4, type, 4) == 0;
 }
 
+constexpr std::size_t k_qcx_header = 45;
+
+// QCX headers are big-endian.
+std::uint32_t read_be(const std::uint8_t* from, unsigned count) {
+    std::uint32_t value = 0;
+    for (unsigned i = 0; i < count; ++i) {
+        value = value << 8 | from[i];
+    }
+    return value;
+}
+
 constexpr unsigned k_most_depth = 4;  // 'pack', 'icmp', 'sdat', 'tile' and no deeper
 
 enum class content { bytes, boxes, chunks };
@@ -52,8 +63,13 @@ class tree_walker {
                 found.note = "runs past the end by " + std::to_string(extent - (end - at));
                 extent = end - at;
             }
-            // Chunks are the end of the tree: what they hold is not the container's.
-            const content inside = chunks ? content::bytes : describe(found, bytes, extent);
+            // Payloads are the end of the tree: what they hold is not the container's.
+            const bool payload = is_type(bytes, "QCXF") ? chunks || depth == 1
+                                                        : chunks && (is_type(bytes, "stch") || is_type(bytes, "tile"));
+            if (payload) {
+                describe_payload(found, bytes, extent);
+            }
+            const content inside = chunks || payload ? content::bytes : describe(found, bytes, extent);
             tree.boxes.push_back(std::move(found));
             if (inside != content::bytes && depth < k_most_depth) {
                 walk_run(at + k_box_header, at + extent, depth + 1, inside == content::chunks);
@@ -98,11 +114,23 @@ class tree_walker {
         found.plane = std::move(plane);
     }
 
+    void describe_payload(box& found, const std::uint8_t* bytes, std::uint64_t extent) {
+        wrapped_description wrapped;
+        wrapped.number = payloads++;
+        wrapped.bytes = found.size < k_box_header ? 0 : found.size - k_box_header;
+        if (is_type(bytes, "QCXF") && extent - k_box_header >= k_qcx_header) {
+            const std::uint8_t* header = bytes + k_box_header;
+            wrapped.qcx = {read_be(header + 40, 4), read_be(header + 26, 2), read_be(header + 24, 2), header[7]};
+        }
+        found.wrapped = wrapped;
+    }
+
     static void add_note(box& found, const std::string& text) { found.note += found.note.empty() ? text : "; " + text; }
 
     bytes_view whole;
     box_tree tree;
     std::size_t planes = 0;
+    std::size_t payloads = 0;
     std::string last_code;
 };
 

@@ -4,11 +4,11 @@
 // frame with a note beside it where the library would give up.
 //
 //   'pack'                       the frame
-//     'QCXF'                     a wrapped frame of another codec
+//     'QCXF'                     a wrapped QCX frame
 //     'sinf' 'sdat'              the only plane: its description, its samples
 //     'icmp'                     one for each plane when there are several
 //       'sinf' 'sdat'
-//   An 'sdat' of plane type "stch" holds the boxes 'stch' and 'tile'.
+//   An 'sdat' of plane type "stch" holds the boxes 'stch' and 'tile', wrapped chunks.
 #pragma once
 
 #include <cstddef>
@@ -36,6 +36,21 @@ struct plane_description {
     std::uint32_t layout = 0;
 };
 
+// The header of a QCX frame, as far as the container has to do with it.
+struct qcx_description {
+    std::uint32_t compression = 0;
+    std::uint32_t width = 0;  // the header's own fields, which only some compressions fill
+    std::uint32_t height = 0;
+    std::uint32_t flags = 0;
+};
+
+// What a box carries for others.
+struct wrapped_description {
+    std::size_t number = 0;
+    std::uint64_t bytes = 0;             // as declared
+    std::optional<qcx_description> qcx;  // of a 'QCXF' whose header is there
+};
+
 struct box {
     unsigned depth = 0;
     std::uint64_t offset = 0;                  // from the start of the frame
@@ -43,7 +58,8 @@ struct box {
     std::string type;                          // in quotes
     std::optional<plane_description> plane;    // of a 'sinf'
     std::optional<std::size_t> payload_plane;  // of an 'sdat': the plane whose samples it holds
-    std::string note;                          // what is wrong with it; else empty
+    std::optional<wrapped_description> wrapped;
+    std::string note;  // what is wrong with it; else empty
 };
 
 struct box_tree {

@@ -37,7 +37,7 @@ void refuse_chunks(const frame_layout& own, const location& where) {
     if (own.colorComponentOrder == 0) {
         throw failure(exit_code::usage, where,
                       "the frame holds wrapped chunks of another codec, which cannot be decoded to samples",
-                      "'qvr info' shows them");
+                      "'qvr unwrap' takes them out; 'qvr info' shows them");
     }
 }
 

@@ -4,7 +4,6 @@
 
 #include "codec.h"
 #include "command.h"
-#include "png_file.h"
 
 namespace qvr {
 
@@ -50,27 +49,6 @@ void warn_about_alpha(const encode_options& options, const std::string& file, co
     }
 }
 
-std::unique_ptr<frame_source> open_source(const encode_options& options, input_file& file) {
-    const layout_request request = options.layout.resolve();
-    const bool raw = request.width != 0;
-    if (raw && ends_in(options.input, ".png")) {
-        throw failure(exit_code::usage, {file.name(), {}}, "--size is for raw frames, but this is a PNG by its name",
-                      "leave --size out, or rename the file if it does hold raw frames");
-    }
-    if (raw) {
-        return open_raw_source(file, request);
-    }
-    if (begins_like_png(file)) {
-        return open_png_source(file, request);
-    }
-    if (ends_in(options.input, ".png")) {
-        throw failure(exit_code::data, {file.name(), {}}, "this is not a PNG: its first eight bytes are others",
-                      "the file is damaged or has the wrong name");
-    }
-    throw failure(exit_code::usage, {file.name(), {}}, "this is not a PNG, and raw frames need --size",
-                  "for example --size 1920x1080 --order UYVY --type U8");
-}
-
 std::string summary(const std::string& name, unsigned long long frames, const frame_layout& layout,
                     std::uint64_t raw_bytes, std::uint64_t bytes) {
     char sizes[120];
@@ -83,7 +61,8 @@ std::string summary(const std::string& name, unsigned long long frames, const fr
 
 void run_encode(const encode_options& options) {
     input_file input(options.input);
-    const std::unique_ptr<frame_source> source = open_source(options, input);
+    const std::unique_ptr<frame_source> source =
+        open_source(options.input, input, options.layout.resolve(), "--size 1920x1080 --order UYVY --type U8");
     encoder codec(options.run.threads);
     const compression how = make_compression(options.alpha_rle, options.slices);
     output_file output(options.output);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
+#include <algorithm>
 #include <cinttypes>
 #include <cstdio>
 #include <memory>
@@ -16,8 +17,8 @@ constexpr const char* k_about = "Show what a .qvr file holds: frames, formats, b
 
 constexpr const char* k_more = R"(
 For each frame: what the library says of it (the order is the one that needs no reordering: a frame made from BGRA
-reads as ARGB), how many payloads are wrapped into it, and its boxes with their offsets in the file and sizes in
-bytes. '!' marks a box that is not as it should be. Frames that the library refuses are shown as far as they can
+reads as ARGB), the payloads that are wrapped into it, and its boxes with their offsets in the file and sizes in
+bytes. Of a wrapped QCX frame the fields of its header are shown; only some compressions fill its size. '!' marks a box that is not as it should be. Frames that the library refuses are shown as far as they can
 be read; the exit code is 1 then.
 
 Example:
@@ -33,7 +34,7 @@ struct frame_report {
     std::uint64_t offset = 0;
     std::uint64_t size = 0;
     std::optional<frame_layout> layout;
-    std::uint32_t wrapped = 0;
+    std::vector<wrap_record> wrapped;
     box_tree tree;
 };
 
@@ -48,6 +49,31 @@ const char* layout_name(std::uint32_t layout) {
     }
 }
 
+const char* wrap_type_name(std::uint32_t type) {
+    switch (type) {
+        case QVRUncompressed_WrapQCX:
+            return "QCX frame";
+        case QVRUncompressed_WrapStitched:
+            return "stitched, first chunk";
+        case QVRUncompressed_WrapTile:
+            return "stitched, further chunk";
+        default:
+            return "unknown";
+    }
+}
+
+std::string payload_text(const wrapped_description& shown) {
+    std::string text = "payload " + std::to_string(shown.number) + ": " + std::to_string(shown.bytes) + " bytes";
+    if (shown.qcx) {
+        char fields[120];
+        std::snprintf(fields, sizeof fields, ", compression %u, header size %ux%u, flags 0x%02X (%s)",
+                      shown.qcx->compression, shown.qcx->width, shown.qcx->height, shown.qcx->flags,
+                      (shown.qcx->flags & 1) != 0 ? "alpha of its own" : "no alpha");
+        text += fields;
+    }
+    return text;
+}
+
 std::string box_text(const box& shown) {
     std::string text;
     if (shown.plane) {
@@ -59,6 +85,8 @@ std::string box_text(const box& shown) {
     } else if (shown.payload_plane) {
         const std::uint64_t payload = shown.size < k_box_header ? 0 : shown.size - k_box_header;
         text = "plane " + std::to_string(*shown.payload_plane) + ": payload of " + std::to_string(payload) + " bytes";
+    } else if (shown.wrapped) {
+        text = payload_text(*shown.wrapped);
     }
     if (!shown.note.empty()) {
         text += (text.empty() ? "! " : "  ! ") + shown.note;
@@ -79,6 +107,18 @@ void print_tree(const frame_report& report) {
     }
 }
 
+void print_wrapped(const std::vector<wrap_record>& records) {
+    constexpr std::size_t k_most = 1000;
+    std::printf("  wrapped %zu payload%s\n", records.size(), records.size() == 1 ? "" : "s");
+    for (std::size_t i = 0; i < std::min(records.size(), k_most); ++i) {
+        std::printf("    payload %zu: type %u (%s), %u bytes\n", i, records[i].wrapType,
+                    wrap_type_name(records[i].wrapType), records[i].dataSize);
+    }
+    if (records.size() > k_most) {
+        std::printf("    (there are more payloads)\n");
+    }
+}
+
 void print_report(const frame_report& report) {
     std::printf("frame %llu: offset %" PRIu64 ", %" PRIu64 " bytes\n", report.number, report.offset, report.size);
     if (report.layout && report.layout->colorComponentOrder != 0) {
@@ -89,7 +129,7 @@ void print_report(const frame_report& report) {
     } else {
         std::printf("  format  unreadable\n");
     }
-    std::printf("  wrapped %u payload%s\n", report.wrapped, report.wrapped == 1 ? "" : "s");
+    print_wrapped(report.wrapped);
     print_tree(report);
 }
 
@@ -102,9 +142,9 @@ class inspection {
         while (next_frame()) {
             frame_report report = report_boxes();
             try {
-                report.layout = codec.read_layout(reader.bytes(), reader.place());
-                report.wrapped =
-                    QVRUncompressed_ReadWrapCount(reader.bytes().data, static_cast<std::uint32_t>(reader.bytes().size));
+                const wrapped_contents found = codec.read_wrapped(reader.bytes(), reader.place());
+                report.layout = found.layout;
+                report.wrapped = found.records;
             } catch (const failure& problem) {
                 // One frame that cannot be read does not hide those behind it.
                 keep(problem);

@@ -4,6 +4,8 @@
 #include <chrono>
 #include <cstdio>
 
+#include "box_tree.h"
+
 namespace qvr {
 
 namespace {
@@ -40,6 +42,16 @@ constexpr advice k_advice[] = {
     {"combination of color component order", "'qvr formats' shows which types each order takes"},
     {"src buffer is too small according to metadata",
      "coded alpha takes no wide gaps between rows: lower --row-bytes2, or leave --alpha-rle out"},
+    {"Can't wrap uncompressed alpha", "compress the frame without its alpha: the matte takes the place of it"},
+    {"Uncompressed params width", "the matte must have exactly the size of the compressed frame"},
+    {"Uncompressed params height", "the matte must have exactly the size of the compressed frame"},
+    {"not compatible with interlaced QCX", "the compressed frame is interlaced: give --interlaced"},
+    {"not compatible with progressive QCX", "the compressed frame is progressive: leave --interlaced out"},
+    {"too small to parse QCX header", "the file was cut short, or it is no QCX frame", exit_code::data},
+    {"Invalid compression ID in QCX header",
+     "the file is no QCX frame, or one of a compression that no alpha can be put beside", exit_code::data},
+    {"Only single QCX wrap chunk", "'qvr info' shows the payloads; only one QCX frame can stand beside an alpha plane",
+     exit_code::data},
     {"bad_alloc", "the machine has not enough memory for this frame", exit_code::io},
 };
 
@@ -50,6 +62,31 @@ const advice* find_advice(const std::string& message) {
         }
     }
     return nullptr;
+}
+
+void make_room(frame& in, const location& where) {
+    require_raw_size(in.layout, exit_code::data, where);
+    in.bytes = QVRUncompressed_GetUncompressedBufSize(&in.layout);
+    // A frame without samples still needs an address to be decoded to.
+    if (in.samples.size() < in.bytes || in.samples.empty()) {
+        in.samples.resize(in.bytes + 1);
+    }
+}
+
+// 'pack', 'sinf' and 'sdat' around the boxes of stitched chunks.
+constexpr std::uint64_t k_stitched_overhead = 37;
+
+// The kinds of content that can be taken out; the library has no words of its own for the others.
+void require_unwrappable(const wrapped_contents& found, const location& where) {
+    const std::uint32_t first = found.records.front().wrapType;
+    if (first == QVRUncompressed_WrapTile) {
+        throw failure(exit_code::data, where, "the chunks begin with a 'tile' box, but the first must be a 'stch' box",
+                      "the type of a box is damaged; 'qvr info' shows them");
+    }
+    if (first == QVRUncompressed_WrapQCX && found.layout.colorComponentOrder != QVRUncompressed_OrderAlpha) {
+        throw failure(exit_code::data, where, "there is no lone alpha plane beside the QCX frame",
+                      "'qvr info' shows what is in its place");
+    }
 }
 
 }  // namespace
@@ -127,6 +164,43 @@ bytes_view encoder::encode(const frame& from, const compression& how, const loca
     return {buffer.data(), written};
 }
 
+bytes_view encoder::wrap(const std::vector<wrapped_payload>& payloads, const frame& beside, const compression& how,
+                         const location& where) {
+    const bool stitched = payloads.front().type == QVRUncompressed_WrapStitched;
+    if (!stitched) {
+        require_size(beside.layout, how, exit_code::usage, where);
+    }
+    std::vector<wrap_record> records;
+    std::vector<const std::uint8_t*> data;
+    std::uint64_t total = stitched ? k_stitched_overhead : QVRUncompressed_GetCompressedBufSize(&beside.layout, &how);
+    std::uint64_t raw = beside.bytes;
+    for (const wrapped_payload& payload : payloads) {
+        records.push_back({QVRUNCOMPRESSED_WRAP_PARAMS_SIZE, payload.type, narrow(payload.data.size)});
+        data.push_back(payload.data.data);
+        raw += payload.data.size;
+        total += k_box_header + payload.data.size;
+    }
+    if (total > 0xFFFFFFFFu) {
+        throw failure(exit_code::usage, where, "the payloads are too large: no frame may pass 4 GiB",
+                      "wrap them into several frames");
+    }
+    const auto count = static_cast<std::uint32_t>(records.size());
+    buffer.resize(QVRUncompressed_GetCompressedWrapBufSize(&beside.layout, &how, records.data(), count) +
+                  std::size_t{1});
+    log.forget();
+    std::uint32_t written = 0;
+    const steady::time_point start = steady::now();
+    const std::uint32_t status = QVRUncompressed_EncodeAndWrapFrame(
+        codec.get(), &beside.layout, &how, records.data(), count, beside.samples.data(), narrow(beside.bytes),
+        data.data(), buffer.data(), narrow(buffer.size()), &written);
+    spent.seconds += seconds_since(start);
+    if (status != QVRUncompressed_StatusOk) {
+        log.fail(status, "cannot wrap", where);
+    }
+    spent.raw_bytes += raw;
+    return {buffer.data(), written};
+}
+
 decoder::decoder(unsigned threads) {
     const QVRUncompressed_CodecConfig_t config = log.config(threads);
     QVRUncompressed_Decoder handle = nullptr;
@@ -148,12 +222,7 @@ frame_layout decoder::read_layout(bytes_view from, const location& where) {
 }
 
 void decoder::decode(bytes_view from, frame& to, const location& where) {
-    require_raw_size(to.layout, exit_code::data, where);
-    to.bytes = QVRUncompressed_GetUncompressedBufSize(&to.layout);
-    // A frame without samples still needs an address to be decoded to.
-    if (to.samples.size() < to.bytes || to.samples.empty()) {
-        to.samples.resize(to.bytes + 1);
-    }
+    make_room(to, where);
     log.forget();
     const steady::time_point start = steady::now();
     const std::uint32_t status = QVRUncompressed_DecodeFrame(codec.get(), &to.layout, from.data, narrow(from.size),
@@ -163,6 +232,61 @@ void decoder::decode(bytes_view from, frame& to, const location& where) {
         log.fail(status, "cannot decode", where);
     }
     spent.raw_bytes += to.bytes;
+}
+
+wrapped_contents decoder::read_wrapped(bytes_view from, const location& where) {
+    wrapped_contents found;
+    // Each takes a box of its own, so that there are never more records than a multiple of the frame's bytes.
+    const std::uint32_t count = QVRUncompressed_ReadWrapCount(from.data, narrow(from.size));
+    found.records.resize(count, {QVRUNCOMPRESSED_WRAP_PARAMS_SIZE, 0, 0});
+    log.forget();
+    const std::uint32_t status = QVRUncompressed_ReadWrapMetadata(codec.get(), from.data, narrow(from.size),
+                                                                  &found.layout, found.records.data(), count);
+    if (status != QVRUncompressed_StatusOk) {
+        log.fail(status, "cannot read the frame's description", where);
+    }
+    return found;
+}
+
+std::vector<wrapped_payload> decoder::unwrap(bytes_view from, const wrapped_contents& found, frame& beside,
+                                             const location& where) {
+    require_unwrappable(found, where);
+    std::uint64_t total = 0;
+    for (const wrap_record& record : found.records) {
+        total += record.dataSize;
+    }
+    if (total > from.size) {
+        throw failure(exit_code::data, where,
+                      "the payloads are said to have " + std::to_string(total) + " bytes, but the frame has only " +
+                          std::to_string(from.size),
+                      "the size of a wrapped box is damaged; 'qvr info' shows them");
+    }
+    buffer.resize(static_cast<std::size_t>(total) + 1);
+    std::vector<wrapped_payload> payloads;
+    std::vector<std::uint8_t*> targets;
+    std::size_t at = 0;
+    for (const wrap_record& record : found.records) {
+        targets.push_back(buffer.data() + at);
+        payloads.push_back({record.wrapType, {targets.back(), record.dataSize}});
+        at += record.dataSize;
+    }
+    const bool alpha = found.layout.colorComponentOrder == QVRUncompressed_OrderAlpha;
+    beside.layout = found.layout;
+    beside.bytes = 0;
+    if (alpha) {
+        make_room(beside, where);
+    }
+    log.forget();
+    const steady::time_point start = steady::now();
+    const std::uint32_t status = QVRUncompressed_DecodeAndUnwrapFrame(
+        codec.get(), &beside.layout, found.records.data(), static_cast<std::uint32_t>(targets.size()), from.data,
+        narrow(from.size), alpha ? beside.samples.data() : nullptr, narrow(beside.bytes), targets.data(), nullptr);
+    spent.seconds += seconds_since(start);
+    if (status != QVRUncompressed_StatusOk) {
+        log.fail(status, "cannot unwrap", where);
+    }
+    spent.raw_bytes += total + beside.bytes;
+    return payloads;
 }
 
 }  // namespace qvr

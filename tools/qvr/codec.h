@@ -24,6 +24,20 @@ struct bytes_view {
     std::size_t size = 0;
 };
 
+using wrap_record = QVRUncompressed_WrapParams_t;
+
+// One wrapped payload: its QVRUncompressed_WrapType and its bytes.
+struct wrapped_payload {
+    std::uint32_t type = 0;
+    bytes_view data;
+};
+
+// What the library says of a frame and of the payloads that are wrapped into it.
+struct wrapped_contents {
+    frame_layout layout = empty_layout();
+    std::vector<wrap_record> records;
+};
+
 // What the codec calls of one handle took together, files and pictures not counted.
 struct codec_time {
     double seconds = 0;
@@ -58,6 +72,10 @@ class encoder {
     explicit encoder(unsigned threads);
     // The view is valid until the next call.
     bytes_view encode(const frame& from, const compression& how, const location& where);
+    // Wraps payloads, of which there is at least one; `beside` is an alpha plane, or with stitched chunks only a
+    // layout.
+    bytes_view wrap(const std::vector<wrapped_payload>& payloads, const frame& beside, const compression& how,
+                    const location& where);
     const codec_time& time() const { return spent; }
 
   private:
@@ -76,6 +94,11 @@ class decoder {
     frame_layout read_layout(bytes_view from, const location& where);
     // Decodes into the layout that `to` has.
     void decode(bytes_view from, frame& to, const location& where);
+    wrapped_contents read_wrapped(bytes_view from, const location& where);
+    // Takes out all that read_wrapped() has found in the same frame, and into `beside` the alpha plane when its layout
+    // is one. The views are valid until the next call.
+    std::vector<wrapped_payload> unwrap(bytes_view from, const wrapped_contents& found, frame& beside,
+                                        const location& where);
     const codec_time& time() const { return spent; }
 
   private:
@@ -84,6 +107,7 @@ class decoder {
     };
     message_log log;
     std::unique_ptr<QVRUncompressed_Decoder_s, end_handle> codec;
+    std::vector<std::uint8_t> buffer;
     codec_time spent;
 };
 

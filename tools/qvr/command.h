@@ -13,6 +13,8 @@ namespace qvr {
 
 void add_encode(command_line& to);
 void add_decode(command_line& to);
+void add_wrap(command_line& to);
+void add_unwrap(command_line& to);
 void add_info(command_line& to);
 void add_formats(command_line& to);
 

@@ -6,8 +6,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <string>
 #include <vector>
+
+#include "unfinished.h"
 
 namespace qvr {
 
@@ -46,6 +49,8 @@ class input_file {
 class output_file {
   public:
     explicit output_file(const std::string& path);
+    // With another name than the path in messages.
+    output_file(const std::string& path, const std::string& called);
     ~output_file();
     output_file(const output_file&) = delete;
     output_file& operator=(const output_file&) = delete;
@@ -62,9 +67,35 @@ class output_file {
     std::string shown_name;
     std::string target;
     std::string temporary;  // empty when the target is written directly
+    unfinished pending;
     int descriptor = -1;
     bool owned = false;
     std::uint64_t written = 0;
+};
+
+// Files that appear in a folder together: they are written in a folder of their own, whose files commit() moves. The
+// folder itself is made when there is none. Without commit() everything is as it was before.
+class output_folder {
+  public:
+    explicit output_folder(const std::string& path);
+    ~output_folder();
+    output_folder(const output_folder&) = delete;
+    output_folder& operator=(const output_folder&) = delete;
+
+    // The path under which the file of this name is to be written now, and the one to speak of.
+    std::string place(const std::string& name);
+    std::string shown(const std::string& name) const { return target + "/" + name; }
+    void commit();
+
+  private:
+    void move_files();
+    [[noreturn]] static void fail(const std::string& path, const std::string& what);
+
+    std::string target;
+    std::string staging;
+    bool exists = false;
+    std::vector<std::string> names;
+    std::deque<unfinished> pending;
 };
 
 }  // namespace qvr

@@ -68,6 +68,9 @@ struct layout_request {
     bool interlaced = false;
 };
 
+// A size means raw frames; without one the file is a PNG. raw_example: options of raw frames, for a hint.
+std::unique_ptr<frame_source> open_source(const std::string& path, input_file& file, const layout_request& request,
+                                          const char* raw_example);
 std::unique_ptr<frame_source> open_raw_source(input_file& file, const layout_request& request);
 std::unique_ptr<frame_source> open_png_source(input_file& file, const layout_request& request);
 std::unique_ptr<frame_sink> open_raw_sink(const std::string& path, const layout_request& request);

@@ -24,6 +24,7 @@ Try:
   qvr info photo.qvr                             what is in it
   qvr decode photo.qvr back.png                  and out of it again
   qvr formats                                    the sample formats and their names
+  qvr wrap --help                                compressed frames carried beside alpha, stitched chunks
   qvr encode --help                              everything about one command
 
 Exit codes: 0 good, 1 bad data, 2 wrong usage, 3 a file cannot be opened, read or written.
@@ -50,6 +51,8 @@ void run(int argc, char** argv) {
     qvr::command_line line(k_about, k_more, version_text());
     qvr::add_encode(line);
     qvr::add_decode(line);
+    qvr::add_wrap(line);
+    qvr::add_unwrap(line);
     qvr::add_info(line);
     qvr::add_formats(line);
     line.run(argc, argv);

@@ -5,8 +5,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -19,37 +17,6 @@ namespace qvr {
 
 namespace {
 
-// A signal handler may touch little more than plain memory: the name of the one unfinished file is kept here.
-char pending_name[PATH_MAX];
-volatile std::sig_atomic_t pending = 0;
-
-extern "C" void remove_pending(int signal_number) {
-    if (pending) {
-        unlink(pending_name);
-    }
-    std::signal(signal_number, SIG_DFL);
-    raise(signal_number);
-}
-
-void watch_pending(const std::string& path) {
-    if (path.size() >= sizeof pending_name) {
-        return;
-    }
-    std::memcpy(pending_name, path.c_str(), path.size() + 1);
-    pending = 1;
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction old = {};
-        // What the caller of the tool has had ignored, as nohup does, stays ignored.
-        if (sigaction(number, nullptr, &old) == 0 && old.sa_handler == SIG_DFL) {
-            std::signal(number, remove_pending);
-        }
-    }
-}
-
-void forget_pending() {
-    pending = 0;
-}
-
 // A link is followed, so that the file it points to is replaced and not the link.
 std::string resolved(const std::string& path) {
     const std::unique_ptr<char, void (*)(void*)> real(realpath(path.c_str(), nullptr), std::free);
@@ -58,7 +25,9 @@ std::string resolved(const std::string& path) {
 
 }  // namespace
 
-output_file::output_file(const std::string& path) : shown_name(path == "-" ? "standard output" : path) {
+output_file::output_file(const std::string& path) : output_file(path, path == "-" ? "standard output" : path) {}
+
+output_file::output_file(const std::string& path, const std::string& called) : shown_name(called) {
     if (path == "-") {
         descriptor = STDOUT_FILENO;
         return;
@@ -92,7 +61,7 @@ void output_file::open_beside_target(const std::string& path) {
         }
     }
     owned = true;
-    watch_pending(temporary);
+    pending.watch(temporary);
 }
 
 output_file::~output_file() {
@@ -101,7 +70,6 @@ output_file::~output_file() {
     }
     if (!temporary.empty()) {
         unlink(temporary.c_str());
-        forget_pending();
     }
 }
 
@@ -142,7 +110,7 @@ void output_file::commit() {
         fail("cannot give it its name");
     }
     temporary.clear();
-    forget_pending();
+    pending.forget();
 }
 
 }  // namespace qvr

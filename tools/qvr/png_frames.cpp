@@ -37,7 +37,7 @@ std::vector<int> arrangement(const picture& from, const order_info& order, const
         return {0};
     }
     if (alone && !from.has_alpha()) {
-        throw failure(exit_code::usage, where, "--order Alpha: this PNG has no alpha",
+        throw failure(exit_code::usage, where, "no alpha plane can be made of this PNG: it has colours and no alpha",
                       "an alpha plane is made of a PNG with alpha, or of one that is grey");
     }
     std::vector<int> indices;

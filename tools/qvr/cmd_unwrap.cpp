@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include <cstdio>
+#include <memory>
+
+#include "codec.h"
+#include "command.h"
+#include "png_file.h"
+#include "qvr_file.h"
+
+namespace qvr {
+
+namespace {
+
+constexpr const char* k_about = "Take wrapped payloads, and the alpha beside them, out of a .qvr file";
+
+constexpr const char* k_more = R"(
+Each payload becomes a file of its own, byte for byte as it was wrapped. The names begin with the number of the
+frame, six digits or more, and go on with the number of the payload in it, both counted from 0:
+  frame000000-0.qcxf        a compressed QCX frame
+  frame000000-alpha.png     the alpha plane beside it, a grey PNG of 8 or 16 bits
+  frame000000-0.stch        the first of stitched chunks
+  frame000000-1.tile        each further chunk
+DIR is made when there is none. All files appear in it together at the end, or none when anything is wrong; files
+of the same names are replaced, others are left alone.
+
+Example:
+  qvr unwrap out.qvr --into parts)";
+
+struct unwrap_options {
+    std::string input;
+    std::string folder;
+    run_options run;
+};
+
+const char* extension(std::uint32_t type) {
+    switch (type) {
+        case QVRUncompressed_WrapQCX:
+            return ".qcxf";
+        case QVRUncompressed_WrapStitched:
+            return ".stch";
+        default:
+            return ".tile";
+    }
+}
+
+std::string counted(unsigned long long count, const char* what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+class unwrapping {
+  public:
+    explicit unwrapping(const unwrap_options& given)
+        : options(given), input(given.input), reader(input), codec(given.run.threads), folder(given.folder) {}
+
+    void run() {
+        unsigned long long frames = 0;
+        for (; reader.next(); ++frames) {
+            const wrapped_contents found = codec.read_wrapped(reader.bytes(), reader.place());
+            if (!found.records.empty()) {
+                unwrap_frame(found);
+            }
+        }
+        require_some(frames);
+        folder.commit();
+        if (unwrapped < frames) {
+            warn(input.name(), counted(frames - unwrapped, "frame") + " of " + std::to_string(frames) +
+                                   " without wrapped payloads left out; 'qvr decode' takes them out");
+        }
+        if (!options.run.quiet) {
+            say(options.folder + ": " + counted(payloads, "payload") + " of " + std::to_string(payload_bytes) +
+                " bytes and " + counted(planes, "alpha plane") + " from " + counted(unwrapped, "frame"));
+        }
+        if (options.run.time) {
+            say(options.folder + ": unwrap: " + time_text(codec.time(), unwrapped));
+        }
+    }
+
+  private:
+    void unwrap_frame(const wrapped_contents& found) {
+        std::size_t number = 0;
+        for (const wrapped_payload& payload : codec.unwrap(reader.bytes(), found, current, reader.place())) {
+            const std::string name = stem() + std::to_string(number++) + extension(payload.type);
+            output_file file(folder.place(name), folder.shown(name));
+            file.write(payload.data.data, payload.data.size);
+            file.commit();
+            payload_bytes += payload.data.size;
+        }
+        payloads += number;
+        ++unwrapped;
+        if (current.layout.colorComponentOrder == QVRUncompressed_OrderAlpha) {
+            write_alpha();
+        }
+    }
+
+    void write_alpha() {
+        const std::string name = stem() + "alpha.png";
+        picture shape;
+        shape.width = current.layout.width;
+        shape.height = current.layout.height;
+        shape.channels = 1;
+        shape.bytes_per_sample = current.layout.componentType == QVRUncompressed_TypeU8 ? 1 : 2;
+        if (shape.width == 0 || shape.height == 0) {
+            throw failure(exit_code::data, reader.place(), "the alpha plane has no pixels, which no PNG can show",
+                          "'qvr info' shows its size");
+        }
+        output_file file(folder.place(name), folder.shown(name));
+        write_png(file, shape, current.samples.data());
+        file.commit();
+        ++planes;
+    }
+
+    std::string stem() const {
+        char text[40];
+        std::snprintf(text, sizeof text, "frame%06llu-", reader.number());
+        return text;
+    }
+
+    void require_some(unsigned long long frames) const {
+        if (frames == 0) {
+            throw failure(exit_code::data, {input.name(), {}}, "there is no frame in it: the file is empty");
+        }
+        if (unwrapped == 0) {
+            throw failure(exit_code::data, {input.name(), {}}, "there are no wrapped payloads in it",
+                          "'qvr decode' takes plain frames out; 'qvr info' shows what the file holds");
+        }
+    }
+
+    const unwrap_options& options;
+    input_file input;
+    frame_reader reader;
+    decoder codec;
+    output_folder folder;
+    frame current;
+    unsigned long long unwrapped = 0;
+    unsigned long long payloads = 0;
+    unsigned long long payload_bytes = 0;
+    unsigned long long planes = 0;
+};
+
+}  // namespace
+
+void add_unwrap(command_line& to) {
+    const auto options = std::make_shared<unwrap_options>();
+    argument_list list = to.add_command("unwrap", k_about, [options] { unwrapping(*options).run(); });
+    list.explain(k_more);
+    list.positional("IN.qvr", options->input, "File to take apart; '-' is standard input");
+    list.text("--into", options->folder, "DIR", "Folder for the files");
+    list.require("--into");
+    options->run.add(list);
+}
+
+}  // namespace qvr
