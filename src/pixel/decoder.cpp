@@ -94,9 +94,8 @@ void decoder_impl::threaded_unpack_rows(const row_codec& codec, std::uint32_t ro
     if (codec.stored_bytes() == 0) {
         return;  // rows without pixels, of which there may be billions
     }
-    const std::uint32_t chunks = chunks_for(executor, rows);
-    run_tasks(executor, chunks, [&](std::uint32_t i) {
-        codec.unpack(chunk_of_rows(rows, chunks, i), stored, alpha, caller, row_scratch + i * codec.scratch_bytes());
+    run_row_chunks(executor, rows, [&](row_chunk chunk, std::uint32_t i) {
+        codec.unpack(chunk, stored, alpha, caller, row_scratch + i * codec.scratch_bytes());
     });
 }
 

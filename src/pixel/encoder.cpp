@@ -110,9 +110,8 @@ void encoder_impl::threaded_pack_rows(const row_codec& codec, std::uint32_t rows
     if (codec.stored_bytes() == 0) {
         return;  // rows without pixels, of which there may be billions
     }
-    const std::uint32_t chunks = chunks_for(executor, rows);
-    run_tasks(executor, chunks, [&](std::uint32_t i) {
-        codec.pack(chunk_of_rows(rows, chunks, i), caller, stored, alpha, row_scratch + i * codec.scratch_bytes());
+    run_row_chunks(executor, rows, [&](row_chunk chunk, std::uint32_t i) {
+        codec.pack(chunk, caller, stored, alpha, row_scratch + i * codec.scratch_bytes());
     });
 }
 

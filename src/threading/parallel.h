@@ -49,3 +49,10 @@ void run_tasks(threaded_executor& executor, std::uint32_t count, const Task& tas
     }
     executor.wait();
 }
+
+// Calls work(chunk, index) for all rows, one chunk a thread.
+template <class Work>
+void run_row_chunks(threaded_executor& executor, std::uint32_t rows, const Work& work) {
+    const std::uint32_t chunks = chunks_for(executor, rows);
+    run_tasks(executor, chunks, [&](std::uint32_t i) { work(chunk_of_rows(rows, chunks, i), i); });
+}
