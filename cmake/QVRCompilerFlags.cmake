@@ -6,3 +6,7 @@ if(QVR_SANITIZE)
   add_compile_options(-fsanitize=${QVR_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
   add_link_options(-fsanitize=${QVR_SANITIZE})
 endif()
+
+if(QVR_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

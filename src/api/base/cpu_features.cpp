@@ -5,6 +5,7 @@ namespace {
 
 // Constant-initialised: a caller that runs even earlier than the constructor below gets the scalar kernels.
 cpu_features detected = cpu_scalar;
+unsigned allowed_features = ~0u;
 
 // 101 is the first priority that is open to libraries.
 __attribute__((constructor(101))) void detect_cpu_features() {
@@ -22,5 +23,9 @@ __attribute__((constructor(101))) void detect_cpu_features() {
 }  // namespace
 
 cpu_features detected_cpu_features() {
-    return detected;
+    return static_cast<cpu_features>(detected & allowed_features);
+}
+
+void limit_cpu_features(cpu_features allowed) {
+    allowed_features = allowed;
 }

@@ -13,3 +13,7 @@ enum cpu_features : unsigned {
 
 // The processor's features. Set before any constructor of the program that does not ask for a higher priority.
 cpu_features detected_cpu_features();
+
+// From now on detected_cpu_features() leaves out what `allowed` does not name. For tests and fuzzers that compare
+// instruction sets through the public functions; not while a call runs.
+void limit_cpu_features(cpu_features allowed);
