@@ -8,7 +8,7 @@ namespace {
 
 using namespace fuzz;
 
-constexpr unsigned k_most_calls = 10;
+constexpr unsigned k_most_calls = 8;
 
 std::string play(const setup& how, const split_input& input) {
     session with(how, byte_source(input.stream.data(), input.stream.size()));
