@@ -12,8 +12,8 @@
 
 namespace test {
 
-// Every subset of what this processor can do.
-std::vector<cpu_features> feature_subsets();
+// None, and each instruction set of this processor with all below it.
+std::vector<cpu_features> feature_levels();
 
 struct kernel_call {
     std::vector<bytes> sources;

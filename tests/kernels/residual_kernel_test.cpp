@@ -74,7 +74,7 @@ TEST(residual_kernels, every_pair_of_eight_bit_differences_equals_scalar) {
             }
             const kernel_call call = residual_call<std::uint8_t>(samples);
             const auto expected = test::scalar_result(call);
-            for (const cpu_features features : test::feature_subsets()) {
+            for (const cpu_features features : test::feature_levels()) {
                 bytes flags(16);
                 bytes codes(k_residual_block);
                 const std::uint8_t* in[] = {samples.data() + 2};

@@ -14,8 +14,13 @@ __attribute__((constructor(101))) void detect_cpu_features() {
     if (__builtin_cpu_supports("ssse3")) {
         found |= cpu_ssse3;
     }
-    if (__builtin_cpu_supports("bmi2")) {
-        found |= cpu_bmi2;
+    if (__builtin_cpu_supports("avx2")) {
+        found |= cpu_avx2;
+    }
+    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
+        __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
+        __builtin_cpu_supports("avx512vbmi2")) {
+        found |= cpu_avx512;
     }
     detected = static_cast<cpu_features>(found);
 }

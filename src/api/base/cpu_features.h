@@ -3,12 +3,13 @@
 // What the processor can do, asked once when the library is loaded.
 #pragma once
 
-// One bit for each instruction set that has kernels of its own. Kernel tables are built from such a set, so tests and
-// benchmarks can leave any of them out.
+// One bit for each instruction set that has kernels of its own, each a step above the one before: a processor that has
+// one has all below it. Kernel tables are built from such a set, so tests and benchmarks can leave any of them out.
 enum cpu_features : unsigned {
     cpu_scalar = 0,
     cpu_ssse3 = 1u << 0,
-    cpu_bmi2 = 1u << 1,
+    cpu_avx2 = 1u << 1,
+    cpu_avx512 = 1u << 2,  // F, BW, DQ, VL, VBMI and VBMI2: all of them or none
 };
 
 // The processor's features. Set before any constructor of the program that does not ask for a higher priority.

@@ -4,9 +4,6 @@
 row_kernels make_row_kernels(cpu_features features) {
     row_kernels kernels;
     use_scalar(kernels);
-    if ((features & cpu_bmi2) != 0) {
-        use_bmi2(kernels);
-    }
     if ((features & cpu_ssse3) != 0) {
         use_ssse3(kernels);
     }

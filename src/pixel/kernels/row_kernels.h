@@ -106,7 +106,6 @@ row_kernels make_row_kernels(cpu_features features);
 
 // Each instruction set replaces what it does better.
 void use_scalar(row_kernels& kernels);
-void use_bmi2(row_kernels& kernels);
 void use_ssse3(row_kernels& kernels);
 
 // The definitions, which the other kernels also call for what is left of a row.
