@@ -8,9 +8,8 @@
 
 namespace {
 
-// Samples of a tile: whole groups of every order, whole bytes of low bits and whole blocks of the widest kernels, and
-// standard widths come out even.
-constexpr std::uint64_t k_tile = 960;
+// Samples of a tile: whole groups of every order, whole bytes of low bits and whole blocks of the widest kernels.
+constexpr std::uint64_t k_tile = 768;
 constexpr std::uint64_t k_widest_sample = 4;
 
 }  // namespace

@@ -46,9 +46,15 @@ struct vector_256 {
     static vector_256 set_32(int value) { return {_mm256_set1_epi32(value)}; }
     template <std::size_t count>
     static vector_256 broadcast_bytes(const std::uint8_t* from) {
-        long long value = 0;
-        std::memcpy(&value, from, count);
-        return {_mm256_set1_epi64x(value)};
+        if constexpr (count <= 4) {
+            int value = 0;
+            std::memcpy(&value, from, count);
+            return {_mm256_set1_epi32(value)};
+        } else {
+            long long value = 0;
+            std::memcpy(&value, from, count);
+            return {_mm256_set1_epi64x(value)};
+        }
     }
 
     vector_256 operator|(vector_256 other) const { return {_mm256_or_si256(v, other.v)}; }
@@ -63,22 +69,15 @@ struct vector_256 {
         return {_mm256_srli_epi32(v, bits)};
     }
     vector_256 multiply_16(vector_256 other) const { return {_mm256_mullo_epi16(v, other.v)}; }
-    vector_256 multiply_add_bytes(vector_256 factors) const { return {_mm256_maddubs_epi16(v, factors.v)}; }
-    vector_256 multiply_add_words(vector_256 factors) const { return {_mm256_madd_epi16(v, factors.v)}; }
+    vector_256 multiply_add_8(vector_256 factors) const { return {_mm256_maddubs_epi16(v, factors.v)}; }
+    vector_256 multiply_add_16(vector_256 factors) const { return {_mm256_madd_epi16(v, factors.v)}; }
 
-    // Packing leaves the quarters of its two operands interleaved.
-    static vector_256 pack_words(vector_256 front, vector_256 back) {
-        return {swap_middle(_mm256_packus_epi16(front.v, back.v))};
+    static vector_256 pack_16(vector_256 front, vector_256 back) { return {_mm256_packus_epi16(front.v, back.v)}; }
+    static vector_256 pack_32(vector_256 front, vector_256 back) { return {_mm256_packs_epi32(front.v, back.v)}; }
+    vector_256 interleave_lanes_32() const {
+        return {_mm256_permutevar8x32_epi32(v, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7))};
     }
-    void store_low_bytes_16(std::uint8_t* to) const {
-        const __m256i bytes = swap_middle(_mm256_packus_epi16(v, v));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm256_castsi256_si128(bytes));
-    }
-    void store_low_bytes_32(std::uint8_t* to) const {
-        const __m256i bytes = _mm256_shuffle_epi8(v, _mm256_set1_epi32(0x0c080400));
-        const __m128i both = _mm_unpacklo_epi32(_mm256_castsi256_si128(bytes), _mm256_extracti128_si256(bytes, 1));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(to), both);
-    }
+    vector_256 interleave_lanes_64() const { return {swap_middle(v)}; }
 
     vector_256 for_unpacking() const { return {swap_middle(v)}; }
     static vector_256 unpack_low_8(vector_256 low, vector_256 high) { return {_mm256_unpacklo_epi8(low.v, high.v)}; }

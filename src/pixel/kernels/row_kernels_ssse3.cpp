@@ -67,23 +67,27 @@ struct vector_128 {
     vector_128 multiply_16(vector_128 other) const {
         return {_mm_mullo_epi16(v, other.v)};
     }
-    vector_128 multiply_add_bytes(vector_128 factors) const {
+    vector_128 multiply_add_8(vector_128 factors) const {
         return {_mm_maddubs_epi16(v, factors.v)};
     }
-    vector_128 multiply_add_words(vector_128 factors) const {
+    vector_128 multiply_add_16(vector_128 factors) const {
         return {_mm_madd_epi16(v, factors.v)};
     }
 
-    // Words of at most 255 into bytes, and the lowest byte of each word or double word: all in memory order.
-    static vector_128 pack_words(vector_128 front, vector_128 back) {
+    // Words of at most 255 into bytes, those of the first operand first.
+    static vector_128 pack_16(vector_128 front, vector_128 back) {
         return {_mm_packus_epi16(front.v, back.v)};
     }
-    void store_low_bytes_16(std::uint8_t* to) const {
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_packus_epi16(v, v));
+    // Double words of at most 32767 into words.
+    static vector_128 pack_32(vector_128 front, vector_128 back) {
+        return {_mm_packs_epi32(front.v, back.v)};
     }
-    void store_low_bytes_32(std::uint8_t* to) const {
-        const int bytes = _mm_cvtsi128_si32(_mm_shuffle_epi8(v, _mm_cvtsi32_si128(0x0c080400)));
-        std::memcpy(to, &bytes, sizeof bytes);
+    // The first piece of every lane, then the second of every lane ...
+    vector_128 interleave_lanes_32() const {
+        return *this;
+    }
+    vector_128 interleave_lanes_64() const {
+        return *this;
     }
 
     // Unpacking in memory order takes its second operand from for_unpacking().

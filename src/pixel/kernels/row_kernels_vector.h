@@ -171,44 +171,61 @@ struct vector_kernels {
         }
     }
 
-    // ---- Narrowing and widening: vectors in memory order. A block is two vectors of words, one of high bytes.
-
-    // Low bits of `bits` bits: how many bytes a block of k_bytes samples has of them.
-    template <unsigned bits>
-    static constexpr std::size_t k_low_bytes = k_bytes* bits / 8;
+    // ---- Narrowing: a block is one vector of low bits and the vectors of words and high bytes that go with it.
 
     template <unsigned bits>
-    static void store_words(V front, V back, std::uint8_t* high, std::uint8_t* low) {
-        V::pack_words(front.template shift_right_16<8>(), back.template shift_right_16<8>()).store(high);
+    static constexpr unsigned k_in_a_byte = 8 / bits;  // samples, and vectors of high bytes in a block
+
+    // The high bytes of two vectors of words are stored; what is left of their low bits comes back.
+    template <unsigned bits>
+    static V split_words(const std::uint8_t* words, std::uint8_t* high) {
+        const V front = block_vector<2>(words, 0);
+        const V back = block_vector<2>(words, 1);
+        V::pack_16(front.template shift_right_16<8>(), back.template shift_right_16<8>()).store(high);
         // The low bits stay where they are in the low byte while neighbours are pushed together, so that one shift does
         // for a whole byte's samples.
         const V field = V::set_16(bits == 2 ? 0xc0 : 0xf0);
-        const V lows = V::pack_words(front & field, back & field);
+        const V lows = V::pack_16(front & field, back & field);
         if constexpr (bits == 2) {
-            const V pairs = lows.multiply_add_bytes(V::set_16(0x0401));       // s0 + 4 s1, bytes into words
-            const V quads = pairs.multiply_add_words(V::set_32(0x00100001));  // p0 + 16 p1, words into double words
-            quads.template shift_right_32<6>().store_low_bytes_32(low);
+            // s0 + 4 s1, bytes into words, and p0 + 16 p1, words into double words.
+            return lows.multiply_add_8(V::set_16(0x0401)).multiply_add_16(V::set_32(0x00100001));
         } else {
-            const V pairs = lows.multiply_add_bytes(V::set_16(0x1001));  // s0 + 16 s1
-            pairs.template shift_right_16<4>().store_low_bytes_16(low);
+            return lows.multiply_add_8(V::set_16(0x1001)).template shift_right_16<4>();  // s0 + 16 s1
+        }
+    }
+
+    template <unsigned bits>
+    static void narrow_block(const std::uint8_t* words, std::uint8_t* high, std::uint8_t* low) {
+        V lows[k_in_a_byte<bits>];
+#pragma GCC unroll 4
+        for (unsigned i = 0; i < k_in_a_byte<bits>; ++i) {
+            lows[i] = split_words<bits>(words + i * 2 * k_bytes, high + i * k_bytes);
+        }
+        if constexpr (bits == 2) {
+            const V front = V::pack_32(lows[0], lows[1]).template shift_right_16<6>();
+            const V back = V::pack_32(lows[2], lows[3]).template shift_right_16<6>();
+            V::pack_16(front, back).interleave_lanes_32().store(low);
+        } else {
+            V::pack_16(lows[0], lows[1]).interleave_lanes_64().store(low);
         }
     }
 
     template <unsigned bits>
     static void narrow_row(const std::uint8_t* words, std::size_t samples, std::uint8_t* high, std::uint8_t* low) {
-        for (; samples >= k_bytes; samples -= k_bytes) {
-            store_words<bits>(V::load(words), V::load(words + k_bytes), high, low);
-            words += 2 * k_bytes;
-            high += k_bytes;
-            low += k_low_bytes<bits>;
+        constexpr std::size_t block = k_in_a_byte<bits> * k_bytes;
+        for (; samples >= block; samples -= block) {
+            narrow_block<bits>(words, high, low);
+            words += 2 * block;
+            high += block;
+            low += k_bytes;
         }
         if (samples != 0) {
-            std::uint8_t in[2 * k_bytes] = {};
-            std::uint8_t out[k_bytes + k_low_bytes<bits>];
+            std::uint8_t in[2 * block] = {};
+            std::uint8_t out[block + k_bytes];
             std::memcpy(in, words, 2 * samples);
-            store_words<bits>(V::load(in), V::load(in + k_bytes), out, out + k_bytes);
+            narrow_block<bits>(in, out, out + block);
             std::memcpy(high, out, samples);
-            std::memcpy(low, out + k_bytes, (samples * bits + 7) / 8);
+            std::memcpy(low, out + block, (samples * bits + 7) / 8);
         }
     }
 
@@ -218,6 +235,12 @@ struct vector_kernels {
     static void narrow_12(const std::uint8_t* words, std::size_t samples, std::uint8_t* high, std::uint8_t* low) {
         narrow_row<4>(words, samples, high, low);
     }
+
+    // ---- Widening: a block is a vector of high bytes and the two vectors of words that it becomes.
+
+    // Low bits of `bits` bits: how many bytes a block has of them.
+    template <unsigned bits>
+    static constexpr std::size_t k_low_bytes = k_bytes* bits / 8;
 
     // Each word gets the low byte that holds its bits; a multiplication shifts them to the top, a mask leaves only them.
     template <unsigned bits>
