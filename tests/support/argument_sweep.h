@@ -25,9 +25,9 @@ inline std::vector<uint64_t> sizes_around(uint64_t right) {
 }
 
 struct arguments {
-    unsigned mask;  // pointers that are null, a bit each
-    QVRUncompressed_UncompressedParams_t up;
-    QVRUncompressed_CompressedParams_t cp;
+    unsigned mask;                                       // pointers that are null, a bit each
+    alignas(8) QVRUncompressed_UncompressedParams_t up;  // packed, and its fields are compared by reference
+    alignas(8) QVRUncompressed_CompressedParams_t cp;
     uint32_t expected;  // null pointers are found before wrong sizes
 
     // The pointer itself, or null when its bit is set.
