@@ -7,6 +7,7 @@
 
 #include "api/base/cpu_features.h"
 #include "frame_trip.h"
+#include "pixel/kernels/stream_copy.h"
 
 namespace {
 
@@ -90,6 +91,18 @@ TEST_F(same_bytes, of_coded_alpha_in_few_and_many_slices) {
             }
         }
     }
+}
+
+// Planes that the caches hold are copied in another way than those that they do not hold.
+TEST_F(same_bytes, of_planes_past_the_caches) {
+    assume_cache_size(0);
+    for (const std::uint32_t order : {2u, 5u, 9u, 10u, 13u, 14u, 16u}) {
+        for (const std::uint32_t type : {1u, 2u}) {
+            EXPECT_TRUE(expect_for({order, type, 0, carried::alone, k_width, 2 * k_rows}));
+        }
+    }
+    assume_cache_size(~std::uint64_t{0});
+    EXPECT_TRUE(expect_for({5, 1, 0, carried::alone, k_width, 2 * k_rows}));
 }
 
 TEST_F(same_bytes, of_wrapped_payloads) {

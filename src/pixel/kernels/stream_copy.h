@@ -7,9 +7,9 @@
 #include <cstddef>
 #include <cstdint>
 
-// Any alignment. Other threads see the bytes after finish_streaming().
+// Both take any alignment.
+void plain_copy(std::uint8_t* to, const std::uint8_t* from, std::size_t size);
 void stream_copy(std::uint8_t* to, const std::uint8_t* from, std::size_t size);
-void finish_streaming();
 
 // Whether a call that reads and writes this many bytes in all does better past the caches: when they do not hold them.
 bool is_worth_streaming(std::uint64_t traffic);
