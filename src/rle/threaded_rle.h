@@ -5,7 +5,7 @@
 //   index table | slice 0 | slice 1 | ... | slice N-1        each slice starts on a byte boundary
 #pragma once
 
-#include "rle/kernels/residual_kernels.h"
+#include "rle/kernels/rle_kernels.h"
 #include "rle/rle_params.h"
 #include "threading/threaded_executor.h"
 

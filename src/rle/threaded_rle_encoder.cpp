@@ -64,7 +64,7 @@ unsigned long threaded_rle_encoder::encode_frame(const rle_params& params, const
 
     auto* const out = static_cast<std::uint8_t*>(dst);
     std::vector<slice_job> jobs = make_jobs(params, static_cast<const std::uint8_t*>(src), out + k_largest_index_table);
-    const residual_kernels kernels = make_residual_kernels(detected_cpu_features());
+    const rle_kernels& kernels = rle_kernels_for(detected_cpu_features());
     const auto encode = params.bit_depth == 8 ? encode_slice<std::uint8_t> : encode_slice<std::uint16_t>;
     run_tasks(executor, static_cast<std::uint32_t>(jobs.size()),
               [&](std::uint32_t i) { jobs[i].size = encode(jobs[i].rows, jobs[i].out, jobs[i].capacity, kernels); });
