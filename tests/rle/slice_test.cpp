@@ -29,6 +29,14 @@ bytes encoded_16(const std::vector<std::uint16_t>& samples) {
     return out;
 }
 
+template <class Sample>
+slice_result decode_slice(const std::uint8_t* source, std::size_t size, const slice_rows<std::uint8_t>& rows,
+                          cpu_features features = detected_cpu_features()) {
+    coded_slice slice = {source, size, rows, slice_result::ok};
+    decode_slices<Sample>(&slice, 1, rle_kernels_for(features));
+    return slice.result;
+}
+
 slice_result decode_8(const bytes& source, bytes& out, std::uint32_t width) {
     out.assign(width, 0xcc);
     return decode_slice<std::uint8_t>(source.data(), source.size(), {out.data(), width, 1, width});

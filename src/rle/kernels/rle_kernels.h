@@ -9,6 +9,7 @@
 // a run is as many samples as have the same symbol.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "api/base/cpu_features.h"
@@ -51,11 +52,30 @@ void assemble_some(const run_list& runs, std::uint32_t first, std::uint32_t last
 extern template void assemble_some<std::uint8_t>(const run_list&, std::uint32_t, std::uint32_t, piece_list&);
 extern template void assemble_some<std::uint16_t>(const run_list&, std::uint32_t, std::uint32_t, piece_list&);
 
+// How far the decoding of a slice has come.
+struct slice_cursor {
+    const std::uint8_t* source;  // to the end of the payload
+    std::size_t source_size;
+    std::uint64_t position;  // in bits
+    std::uint8_t* out;       // rows without gaps
+    std::uint64_t left;      // samples
+    std::uint32_t last;      // the sample before, modulo 2^bit_depth
+    std::uint32_t slope;     // and what it is more than the one before it
+};
+
+// Decodes tokens of the slices, together, until one of them comes to a place that must be looked at more closely: near
+// an end of its source or of its rows, or at a token that is unusually long or wrong. May do nothing at all. Bytes of the
+// slice's rows that are not decoded yet may be overwritten.
+using decode_kernel = void (*)(slice_cursor* slices, std::uint32_t count);
+constexpr std::uint32_t k_slices_together = 2;  // at most
+
 struct rle_kernels {
     find_runs_kernel find_runs_8;
     find_runs_kernel find_runs_16;
     assemble_kernel assemble_8;
     assemble_kernel assemble_16;
+    decode_kernel decode_8;
+    decode_kernel decode_16;
 };
 
 template <class Sample>
@@ -65,6 +85,11 @@ find_runs_kernel find_runs(const rle_kernels& kernels) {
 template <class Sample>
 assemble_kernel assemble(const rle_kernels& kernels) {
     return sizeof(Sample) == 1 ? kernels.assemble_8 : kernels.assemble_16;
+}
+
+template <class Sample>
+decode_kernel decode(const rle_kernels& kernels) {
+    return sizeof(Sample) == 1 ? kernels.decode_8 : kernels.decode_16;
 }
 
 // The best kernels for a processor with these features.

@@ -2,6 +2,7 @@
 #include <immintrin.h>
 
 #include "rle/kernels/run_finder.h"
+#include "rle/kernels/slice_unpacker.h"
 
 namespace {
 
@@ -116,6 +117,12 @@ std::uint32_t find_runs_avx2(const std::uint8_t* samples, std::uint32_t count, s
     const std::uint32_t done = run_finder<Lanes>::find(samples, count, symbol, runs);
     _mm256_zeroupper();
     return done;
+}
+
+template <class Lanes>
+void decode_avx2(slice_cursor* slices, std::uint32_t count) {
+    slice_unpacker<Lanes>::decode(slices, count);
+    _mm256_zeroupper();
 }
 
 // Bits at the low end of each lane, and how many.
@@ -236,6 +243,8 @@ void assemble_avx2(const run_list& runs, piece_list& pieces) {
 void use_avx2(rle_kernels& kernels) {
     kernels.find_runs_8 = find_runs_avx2<lanes_8>;
     kernels.find_runs_16 = find_runs_avx2<lanes_16>;
+    kernels.decode_8 = decode_avx2<lanes_8>;
+    kernels.decode_16 = decode_avx2<lanes_16>;
     kernels.assemble_8 = assemble_avx2<std::uint8_t>;
     kernels.assemble_16 = assemble_avx2<std::uint16_t>;
 }

@@ -72,6 +72,12 @@ template void assemble_some<std::uint8_t>(const run_list&, std::uint32_t, std::u
 template void assemble_some<std::uint16_t>(const run_list&, std::uint32_t, std::uint32_t, piece_list&);
 
 void use_scalar(rle_kernels& kernels) {
-    kernels = {find_runs_scalar<std::uint8_t>, find_runs_scalar<std::uint16_t>, assemble_scalar<std::uint8_t>,
-               assemble_scalar<std::uint16_t>};
+    // Looking closely at every token is the definition of decoding.
+    const decode_kernel decode_nothing = [](slice_cursor*, std::uint32_t) {};
+    kernels = {find_runs_scalar<std::uint8_t>,
+               find_runs_scalar<std::uint16_t>,
+               assemble_scalar<std::uint8_t>,
+               assemble_scalar<std::uint16_t>,
+               decode_nothing,
+               decode_nothing};
 }

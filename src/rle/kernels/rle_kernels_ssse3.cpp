@@ -2,6 +2,7 @@
 #include <tmmintrin.h>
 
 #include "rle/kernels/run_finder.h"
+#include "rle/kernels/slice_unpacker.h"
 
 namespace {
 
@@ -77,4 +78,6 @@ struct lanes_16 : lanes {
 void use_ssse3(rle_kernels& kernels) {
     kernels.find_runs_8 = run_finder<lanes_8>::find;
     kernels.find_runs_16 = run_finder<lanes_16>::find;
+    kernels.decode_8 = slice_unpacker<lanes_8>::decode;
+    kernels.decode_16 = slice_unpacker<lanes_16>::decode;
 }
