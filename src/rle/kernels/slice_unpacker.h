@@ -64,24 +64,24 @@ class slice_unpacker {
         slice.slope = static_cast<sample>(slope);
     }
 
-    bool can_refill() const { return in_end - in >= 8; }
-    bool can_go_on() const { return can_refill() && static_cast<std::size_t>(out_end - out) >= k_margin; }
+    [[gnu::always_inline]] bool can_refill() const { return in_end - in >= 8; }
+    [[gnu::always_inline]] bool can_go_on() const { return can_refill() && static_cast<std::size_t>(out_end - out) >= k_margin; }
 
     // Loads eight bytes behind the bits that are there and moves on by those that fit whole.
-    void refill() {
+    [[gnu::always_inline]] void refill() {
         std::uint64_t next;
         std::memcpy(&next, in, sizeof next);
         bits |= __builtin_bswap64(next) >> available;
         in += (63 - available) >> 3;
         available |= 56;
     }
-    void take(unsigned count) {
+    [[gnu::always_inline]] void take(unsigned count) {
         bits <<= count;
         available -= count;
     }
 
     // As many tokens as a refill gives, or one that is not in the table. False where that cannot be done.
-    bool step() {
+    [[gnu::always_inline]] bool step() {
         refill();
         for (unsigned i = 0; i < k_tokens_a_refill; ++i) {
             const std::uint32_t entry = k_tokens[bits >> (64 - k_table_bits)];
@@ -93,7 +93,7 @@ class slice_unpacker {
     }
 
     // A run of up to 15 samples on a straight line: slope is its own from the first sample on.
-    bool table_token(std::uint32_t entry) {
+    [[gnu::always_inline]] bool table_token(std::uint32_t entry) {
         if (entry == 0) {
             return false;
         }
@@ -113,6 +113,13 @@ class slice_unpacker {
             length = entry >> 22 & 15;
             take_low(entry & 63);
         }
+        if (length == 1) {
+            last += slope;
+            const auto value = static_cast<sample>(last);
+            std::memcpy(out, &value, sizeof value);
+            out += sizeof value;
+            return true;
+        }
         vector line;
         continue_line(line);
         std::memcpy(out, &line, sizeof line);
@@ -120,13 +127,13 @@ class slice_unpacker {
         last += length * slope;
         return true;
     }
-    void take_low(unsigned count) {
+    [[gnu::always_inline]] void take_low(unsigned count) {
         bits <<= count & 63;
         available -= count;
     }
 
     // The next k_lanes samples on the line.
-    void continue_line(vector& line) const {
+    [[gnu::always_inline]] void continue_line(vector& line) const {
         if constexpr (sizeof(sample) == 1) {
             std::memcpy(&line, k_lines.data() + slope * k_lanes, sizeof line);
         } else {
@@ -147,7 +154,7 @@ class slice_unpacker {
     alignas(64) static constexpr auto k_lines = make_lines();
 
     // Any token of up to 56 bits, field by field.
-    bool long_token() {
+    [[gnu::always_inline]] bool long_token() {
         if (!can_refill()) {
             return false;
         }
@@ -190,7 +197,7 @@ class slice_unpacker {
         return true;
     }
 
-    void write_bend(std::uint64_t length, std::uint32_t residual) {
+    [[gnu::always_inline]] void write_bend(std::uint64_t length, std::uint32_t residual) {
         for (std::uint64_t i = 0; i < length; ++i) {
             slope = static_cast<sample>(slope + residual);
             last += slope;
@@ -200,7 +207,7 @@ class slice_unpacker {
         }
     }
 
-    void write_long_line(std::uint64_t length) {
+    [[gnu::always_inline]] void write_long_line(std::uint64_t length) {
         const auto level_sample = static_cast<sample>(last);
         std::uint8_t* const end = out + length * sizeof(sample);
         if (slope == 0 && length >= 512 && level_sample % 256 == level_sample >> (traits::k_depth - 8)) {
