@@ -44,7 +44,7 @@ decoded decode(const setup& how, const rle_params& params, const exact_buffer& p
 bytes encode(const setup& how, const rle_params& params, const exact_buffer& plane, std::uint8_t fill) {
     const exact_buffer payload(static_cast<std::size_t>(worst_case_payload_size(params)), fill);
     limit_cpu_features(how.features);
-    const threaded_rle_encoder encoder(shared_pool(how.threads));
+    threaded_rle_encoder encoder(shared_pool(how.threads));
     const unsigned long size = encoder.encode_frame(params, plane.data(), plane.size(), payload.data(), payload.size());
     payload.check_borders();
     require(size <= payload.size(), "the worst case is not passed");

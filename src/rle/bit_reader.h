@@ -10,7 +10,8 @@
 
 class bit_reader {
   public:
-    bit_reader(const std::uint8_t* source, std::size_t size) : bytes(source), byte_count(size) {}
+    bit_reader(const std::uint8_t* source, std::size_t size, std::uint64_t first_bit = 0)
+        : bytes(source), byte_count(size), position(first_bit) {}
 
     // The next `count` bits, 1 to 57, without taking them.
     std::uint64_t peek(unsigned count) const { return window() >> (64 - count); }
@@ -63,7 +64,7 @@ class bit_reader {
 
     const std::uint8_t* bytes;
     std::size_t byte_count;
-    std::uint64_t position = 0;  // in bits
+    std::uint64_t position;  // in bits
 };
 
 // The zigzag code puts small magnitudes of either sign first: 0, -1, 1, -2, 2 ... as 0, 1, 2, 3, 4 ...

@@ -3,6 +3,7 @@
 
 #include "rle/bit_reader.h"
 #include "rle/bit_writer.h"
+#include "rle/kernels/token.h"
 
 namespace {
 

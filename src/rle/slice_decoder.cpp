@@ -9,7 +9,7 @@
 namespace {
 
 template <class Sample>
-struct token {
+struct coded_run {
     std::uint64_t length;
     Sample residual;  // modulo 2^bit_depth
     bool second_order;
@@ -30,9 +30,9 @@ constexpr std::array<std::uint8_t, 512> make_prefix_table() {
 constexpr auto k_leading_ones = make_prefix_table();
 
 template <class Sample>
-token<Sample> read_token(bit_reader& reader) {
+coded_run<Sample> read_token(bit_reader& reader) {
     using traits = sample_traits<Sample>;
-    token<Sample> next;
+    coded_run<Sample> next;
     next.second_order = reader.read(1) != 0;
     next.length = reader.read_gamma();
     std::uint64_t code;
@@ -60,37 +60,45 @@ void fill_line(std::uint8_t* out, std::uint64_t length, Sample before, Sample st
     }
 }
 
-// The two samples before the next run.
 template <class Sample>
-struct prediction {
-    Sample p1 = sample_traits<Sample>::k_start;
-    Sample p2 = sample_traits<Sample>::k_start;
-
-    void fill(const token<Sample>& run, std::uint8_t* out) {
-        if (run.length == 0) {
-            return;
-        }
-        if (!run.second_order) {
-            advance_line(run.length, run.residual, out);
-        } else if (run.residual == 0) {
-            advance_line(run.length, static_cast<Sample>(p1 - p2), out);
-        } else {
-            for (std::uint64_t i = 0; i < run.length; ++i) {
-                const auto x = static_cast<Sample>(2 * p1 - p2 + run.residual);
-                store(out, i, x);
-                p2 = p1;
-                p1 = x;
-            }
-        }
+void write_run(const coded_run<Sample>& run, slice_cursor& slice) {
+    auto last = static_cast<Sample>(slice.last);
+    auto slope = static_cast<Sample>(slice.slope);
+    if (run.length == 0) {
+        return;
     }
-
-    void advance_line(std::uint64_t length, Sample step, std::uint8_t* out) {
-        fill_line(out, length, p1, step);
-        const auto last = static_cast<Sample>(p1 + static_cast<std::uint32_t>(length) * step);
-        p2 = static_cast<Sample>(last - step);
-        p1 = last;
+    if (run.second_order && run.residual != 0) {
+        for (std::uint64_t i = 0; i < run.length; ++i) {
+            slope = static_cast<Sample>(slope + run.residual);
+            last = static_cast<Sample>(last + slope);
+            store(slice.out, i, last);
+        }
+    } else {
+        slope = run.second_order ? slope : run.residual;
+        fill_line(slice.out, run.length, last, slope);
+        last = static_cast<Sample>(last + static_cast<std::uint32_t>(run.length) * slope);
     }
-};
+    slice.last = last;
+    slice.slope = slope;
+    slice.out += run.length * sizeof(Sample);
+    slice.left -= run.length;
+}
+
+// Reads one token with an eye on both ends.
+template <class Sample>
+slice_result decode_token(slice_cursor& slice) {
+    bit_reader reader(slice.source, slice.source_size, slice.position);
+    const coded_run<Sample> run = read_token<Sample>(reader);
+    if (reader.exhausted()) {
+        return slice_result::too_short;
+    }
+    if (run.length > slice.left) {
+        return slice_result::run_too_long;
+    }
+    slice.position = reader.bits_read();
+    write_run(run, slice);
+    return slice_result::ok;
+}
 
 // Rows were decoded without gaps. Kept as is: what the compact layout left between the spread rows stays there.
 void spread_rows(const slice_rows<std::uint8_t>& rows, std::uint64_t packed_row) {
@@ -102,29 +110,50 @@ void spread_rows(const slice_rows<std::uint8_t>& rows, std::uint64_t packed_row)
     }
 }
 
+std::uint64_t sample_count(const slice_rows<std::uint8_t>& rows) {
+    return std::uint64_t{rows.width} * rows.count;
+}
+
 }  // namespace
 
 template <class Sample>
-slice_result decode_slice(const std::uint8_t* source, std::size_t source_size, const slice_rows<std::uint8_t>& rows) {
-    bit_reader reader(source, source_size);
-    prediction<Sample> before;
-    std::uint64_t left = std::uint64_t{rows.width} * rows.count;
-    std::uint8_t* out = rows.first;
-    while (left != 0) {
-        const token<Sample> run = read_token<Sample>(reader);
-        if (reader.exhausted()) {
-            return slice_result::too_short;
-        }
-        if (run.length > left) {
-            return slice_result::run_too_long;
-        }
-        before.fill(run, out);
-        out += run.length * sizeof(Sample);
-        left -= run.length;
+void decode_slices(coded_slice* slices, std::uint32_t count, const rle_kernels& kernels) {
+    slice_cursor cursors[k_slices_together];
+    coded_slice* owners[k_slices_together];
+    std::uint32_t active = 0;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const coded_slice& slice = slices[i];
+        slices[i].result = slice_result::ok;
+        cursors[active] = {slice.source,
+                           slice.source_size,
+                           0,
+                           slice.rows.first,
+                           sample_count(slice.rows),
+                           sample_traits<Sample>::k_start,
+                           0};
+        owners[active] = &slices[i];
+        active += cursors[active].left != 0 ? 1 : 0;
     }
-    spread_rows(rows, std::uint64_t{rows.width} * sizeof(Sample));
-    return slice_result::ok;
+    while (active != 0) {
+        decode<Sample>(kernels)(cursors, active);
+        const std::uint32_t before = active;
+        active = 0;
+        for (std::uint32_t i = 0; i < before; ++i) {
+            if (cursors[i].left != 0) {
+                owners[i]->result = decode_token<Sample>(cursors[i]);
+            }
+            if (cursors[i].left != 0 && owners[i]->result == slice_result::ok) {
+                cursors[active] = cursors[i];
+                owners[active++] = owners[i];
+            }
+        }
+    }
+    for (std::uint32_t i = 0; i < count; ++i) {
+        if (slices[i].result == slice_result::ok) {
+            spread_rows(slices[i].rows, std::uint64_t{slices[i].rows.width} * sizeof(Sample));
+        }
+    }
 }
 
-template slice_result decode_slice<std::uint8_t>(const std::uint8_t*, std::size_t, const slice_rows<std::uint8_t>&);
-template slice_result decode_slice<std::uint16_t>(const std::uint8_t*, std::size_t, const slice_rows<std::uint8_t>&);
+template void decode_slices<std::uint8_t>(coded_slice*, std::uint32_t, const rle_kernels&);
+template void decode_slices<std::uint16_t>(coded_slice*, std::uint32_t, const rle_kernels&);

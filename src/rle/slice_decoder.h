@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "rle/kernels/rle_kernels.h"
 #include "rle/sample_traits.h"
 
 enum class slice_result : std::uint8_t {
@@ -12,13 +13,17 @@ enum class slice_result : std::uint8_t {
     run_too_long  // a run goes past the last sample
 };
 
-// Decodes a slice into rows with `stride` bytes between them. The source goes on to the end of the payload: a slice may
-// read on past the size that the index table names. Does not throw, so that the outcome of many slices can be reported
-// in slice order whichever thread is first.
-template <class Sample>
-slice_result decode_slice(const std::uint8_t* source, std::size_t source_size, const slice_rows<std::uint8_t>& rows);
+struct coded_slice {
+    const std::uint8_t* source;
+    std::size_t source_size;        // to the end of the payload: a slice may read on past the size that its table names
+    slice_rows<std::uint8_t> rows;  // with `stride` bytes between them
+    slice_result result;
+};
 
-extern template slice_result decode_slice<std::uint8_t>(const std::uint8_t*, std::size_t,
-                                                        const slice_rows<std::uint8_t>&);
-extern template slice_result decode_slice<std::uint16_t>(const std::uint8_t*, std::size_t,
-                                                         const slice_rows<std::uint8_t>&);
+// Decodes one or two slices, together because a processor has time for two at once. Does not throw, so that the outcome
+// of many slices can be reported in slice order whichever thread is first.
+template <class Sample>
+void decode_slices(coded_slice* slices, std::uint32_t count, const rle_kernels& kernels);
+
+extern template void decode_slices<std::uint8_t>(coded_slice*, std::uint32_t, const rle_kernels&);
+extern template void decode_slices<std::uint16_t>(coded_slice*, std::uint32_t, const rle_kernels&);

@@ -5,8 +5,12 @@
 //   index table | slice 0 | slice 1 | ... | slice N-1        each slice starts on a byte boundary
 #pragma once
 
-#include "rle/kernels/residual_kernels.h"
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
 #include "rle/rle_params.h"
+#include "rle/sample_traits.h"
 #include "threading/threaded_executor.h"
 
 class threaded_rle_encoder {
@@ -17,10 +21,21 @@ class threaded_rle_encoder {
     // do not depend on the number of threads. Throws invalid_argument before anything is written, out_of_range behind
     // it.
     unsigned long encode_frame(const rle_params& params, const void* src, unsigned long src_size, void* dst,
-                               unsigned long dst_size) const;
+                               unsigned long dst_size);
 
   private:
+    struct slice_job {
+        slice_rows<const std::uint8_t> rows;
+        std::uint8_t* out;
+        std::size_t capacity;
+        std::size_t size;  // once coded
+    };
+
+    void cut(const rle_params& params, const std::uint8_t* src, std::uint8_t* out);
+    std::size_t write_table(std::uint8_t* dst) const;
+
     threaded_executor& executor;
+    std::vector<slice_job> jobs;  // kept from call to call, so that only a plane of more slices takes memory
 };
 
 class threaded_rle_decoder {

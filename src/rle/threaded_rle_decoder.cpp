@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstring>
@@ -20,15 +21,8 @@ void check_buffers(const rle_params& params, const void* src, const void* dst, u
     }
 }
 
-struct slice_job {
-    const std::uint8_t* source;
-    std::size_t source_size;  // to the end of the payload
-    slice_rows<std::uint8_t> rows;
-    slice_result result;
-};
-
 struct slice_jobs {
-    std::array<slice_job, k_most_slices> each;
+    std::array<coded_slice, k_most_slices> each;
     std::uint32_t count = 0;
     std::uint64_t rows = 0;  // of all slices
 };
@@ -84,18 +78,25 @@ unsigned long threaded_rle_decoder::decode_frame(const rle_params& params, const
 
     auto* const out = static_cast<std::uint8_t*>(dst);
     slice_jobs jobs = make_jobs(params, static_cast<const std::uint8_t*>(src), src_size, out);
-    const auto decode = params.bit_depth == 8 ? decode_slice<std::uint8_t> : decode_slice<std::uint16_t>;
+    const rle_kernels& kernels = rle_kernels_for(detected_cpu_features());
+    const auto decode = params.bit_depth == 8 ? decode_slices<std::uint8_t> : decode_slices<std::uint16_t>;
+    // Two slices to a task, unless that would leave a thread without one.
+    const std::uint32_t share =
+        jobs.count >= k_slices_together * chunks_for(executor, jobs.count) ? k_slices_together : 1;
     // Behind a slice that has failed the rest need not be decoded; slices before it must, since the first one in the
     // payload's order is reported, whichever thread comes upon it.
     std::atomic<std::uint32_t> first_failed{jobs.count};
-    run_tasks(executor, jobs.count, [&](std::uint32_t i) {
-        if (i > first_failed) {
+    run_tasks(executor, (jobs.count + share - 1) / share, [&](std::uint32_t i) {
+        const std::uint32_t first = i * share;
+        const std::uint32_t count = std::min(share, jobs.count - first);
+        if (first > first_failed) {
             return;
         }
-        slice_job& job = jobs.each[i];
-        job.result = decode(job.source, job.source_size, job.rows);
-        if (job.result != slice_result::ok) {
-            lower_to(first_failed, i);
+        decode(&jobs.each[first], count, kernels);
+        for (std::uint32_t k = first; k < first + count; ++k) {
+            if (jobs.each[k].result != slice_result::ok) {
+                lower_to(first_failed, k);
+            }
         }
     });
     for (std::uint32_t i = 0; i < jobs.count; ++i) {

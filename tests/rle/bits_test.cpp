@@ -6,6 +6,7 @@
 #include "random_source.h"
 #include "rle/bit_reader.h"
 #include "rle/bit_writer.h"
+#include "rle/kernels/token.h"
 
 namespace {
 

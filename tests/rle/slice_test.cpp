@@ -17,7 +17,7 @@ bytes encoded_8(const bytes& samples, cpu_features features = detected_cpu_featu
     bytes out(samples.size() * 11 / 8 + 16);
     const auto width = static_cast<std::uint32_t>(samples.size());
     out.resize(encode_slice<std::uint8_t>({samples.data(), width, 1, width}, out.data(), out.size(),
-                                          make_residual_kernels(features)));
+                                          rle_kernels_for(features)));
     return out;
 }
 
@@ -25,8 +25,16 @@ bytes encoded_16(const std::vector<std::uint16_t>& samples) {
     bytes out(samples.size() * 19 / 8 + 16);
     const auto width = static_cast<std::uint32_t>(samples.size());
     out.resize(encode_slice<std::uint16_t>({reinterpret_cast<const std::uint8_t*>(samples.data()), width, 1, 2 * width},
-                                           out.data(), out.size(), make_residual_kernels(detected_cpu_features())));
+                                           out.data(), out.size(), rle_kernels_for(detected_cpu_features())));
     return out;
+}
+
+template <class Sample>
+slice_result decode_slice(const std::uint8_t* source, std::size_t size, const slice_rows<std::uint8_t>& rows,
+                          cpu_features features = detected_cpu_features()) {
+    coded_slice slice = {source, size, rows, slice_result::ok};
+    decode_slices<Sample>(&slice, 1, rle_kernels_for(features));
+    return slice.result;
 }
 
 slice_result decode_8(const bytes& source, bytes& out, std::uint32_t width) {
@@ -80,7 +88,12 @@ TEST(slice, every_feature_subset_gives_the_same_bytes_at_every_length) {
         const bytes samples = size % 2 == 0 ? random.runs(size) : random.content(size);
         const test::guarded_buffer source(samples);
         const bytes expected = encoded_8(samples, cpu_scalar);
-        EXPECT_EQ(encoded_8(samples, cpu_ssse3), expected) << size;
+        for (const unsigned features :
+             {cpu_ssse3 | 0u, cpu_ssse3 | cpu_avx2 | 0u, cpu_ssse3 | cpu_avx2 | cpu_avx512 | 0u}) {
+            if ((features & detected_cpu_features()) == features) {
+                EXPECT_EQ(encoded_8(samples, static_cast<cpu_features>(features)), expected) << size;
+            }
+        }
         bytes out;
         ASSERT_EQ(decode_8(expected, out, static_cast<std::uint32_t>(size)), slice_result::ok);
         EXPECT_EQ(out, samples) << size;
@@ -98,7 +111,7 @@ void round_trip_strided(std::uint32_t width, std::uint32_t rows, std::uint64_t s
         const auto row = plane.begin() + static_cast<std::ptrdiff_t>(i * stride);
         compact.insert(compact.end(), row, row + static_cast<std::ptrdiff_t>(width * sizeof(Sample)));
     }
-    const auto kernels = make_residual_kernels(detected_cpu_features());
+    const auto& kernels = rle_kernels_for(detected_cpu_features());
     bytes strided(compact.size() * 2 + 64);
     bytes gapless(compact.size() * 2 + 64);
     strided.resize(encode_slice<Sample>({source.data(), width, rows, stride}, strided.data(), strided.size(), kernels));
@@ -130,7 +143,7 @@ TEST(slice, a_token_longer_than_64_bits_is_written_whole) {
     const test::sparse_buffer zeros(width);  // takes no memory: only read
     bytes out(64);
     out.resize(encode_slice<std::uint8_t>({const_cast<test::sparse_buffer&>(zeros).data(), width, 1, width}, out.data(),
-                                          out.size(), make_residual_kernels(detected_cpu_features())));
+                                          out.size(), rle_kernels_for(detected_cpu_features())));
     // First 0 - 127: code 253, raw; then 2^30 + 4 zeros.
     EXPECT_EQ(out, from_bits("1 1 0 11111101"
                              "0 000000000000000000000000000000 1000000000000000000000000000100 1 0 00"));
