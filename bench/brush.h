@@ -16,7 +16,7 @@ struct point {
 
 class random_numbers {
   public:
-    explicit random_numbers(std::uint64_t seed) : state_(seed * 2 + 1) {}
+    explicit random_numbers(std::uint64_t seed) : state_(seed * 0x9E3779B97F4A7C15ull | 1) {}
     std::uint64_t bits() {
         state_ ^= state_ << 13;
         state_ ^= state_ >> 7;

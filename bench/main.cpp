@@ -39,7 +39,7 @@ void run(const options& chosen) {
         return;
     }
     print_machine(chosen);
-    recorder record(chosen.quick ? effort{7, 0.0005} : effort{21, 0.002});
+    recorder record(chosen.how());
     for (const bench_case& one : cases) {
         record.begin(one.name);
         one.run(record);

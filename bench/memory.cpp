@@ -36,7 +36,7 @@ memory_pool& stream_memory() {
 }
 
 void fill_with_noise(std::uint8_t* to, std::size_t bytes, std::uint64_t seed) {
-    std::uint64_t state = seed * 2 + 1;
+    std::uint64_t state = seed * 0x9E3779B97F4A7C15ull | 1;
     for (std::size_t i = 0; i < bytes; i += sizeof state) {
         state ^= state << 13;
         state ^= state >> 7;

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "timing.h"
+
 namespace bench {
 
 struct frame_size {
@@ -26,6 +28,7 @@ struct options {
     std::uint32_t threads = 0;  // most that are tried; set to the processors there are when not given
 
     const frame_size& largest() const { return sizes.back(); }
+    effort how() const { return quick ? effort{7, 0.0005} : effort{21, 0.002}; }
 };
 
 // Prints and exits on --help and on what cannot be parsed.

@@ -135,7 +135,7 @@ void write_json(const std::string& file, const options& chosen, const std::vecto
                       {"l2_bytes", cache_bytes(_SC_LEVEL2_CACHE_SIZE)},
                       {"l3_bytes", cache_bytes(_SC_LEVEL3_CACHE_SIZE)}};
     all["library"] = {{"instruction_set", best_instruction_set()}, {"compiler", __VERSION__}};
-    all["quick"] = chosen.quick;
+    all["rounds"] = chosen.how().rounds;
     all["results"] = nlohmann::json::array();
     for (const result& found : results) {
         all["results"].push_back(to_json(found));
