@@ -48,11 +48,9 @@ void decoder_impl::decode_colour_plane(const QVRUncompressed_UncompressedParams_
     const bool coded = merged != nullptr && merged->traits().holds == plane_class::coded_alpha;
     const rle_params alpha_plane = alpha_plane_description(up, 0);
     const std::uint64_t coded_bytes = coded ? static_cast<std::uint64_t>(raw_plane_size(alpha_plane)) : 0;
-    const std::uint32_t chunks = chunks_for(executor, plane.height);
-    std::uint8_t* const work = scratch.reserve(coded_bytes + codec.scratch_bytes() * chunks);
-
     row_span<const std::uint8_t> alpha;
     if (coded) {
+        std::uint8_t* const work = scratch.reserve(coded_bytes);
         decode_coded_alpha(alpha_plane, *merged, frame, work, threaded_rle_decoder::uncovered::clear);
         alpha = {work, row_stride(alpha_plane)};
     } else if (merged != nullptr) {
@@ -61,7 +59,7 @@ void decoder_impl::decode_colour_plane(const QVRUncompressed_UncompressedParams_
     }
     threaded_unpack_rows(codec, plane.height,
                          {frame.src + static_cast<std::uint64_t>(stored.offset), codec.stored_bytes()}, alpha,
-                         {frame.dst + static_cast<std::uint64_t>(plane.offset), plane.stride}, work + coded_bytes);
+                         {frame.dst + static_cast<std::uint64_t>(plane.offset), plane.stride});
 }
 
 void decoder_impl::decode_alpha_plane(const QVRUncompressed_UncompressedParams_t& up, const caller_plane& plane,
@@ -75,7 +73,7 @@ void decoder_impl::decode_alpha_plane(const QVRUncompressed_UncompressedParams_t
     const row_codec codec(k_in_stream_order, up.componentType, plane, stored);
     threaded_unpack_rows(codec, plane.height,
                          {frame.src + static_cast<std::uint64_t>(stored.offset), codec.stored_bytes()}, {},
-                         {target, plane.stride}, nullptr);
+                         {target, plane.stride});
 }
 
 void decoder_impl::decode_coded_alpha(const rle_params& params, const plane_entry& stored, const frame_buffers& frame,
@@ -89,14 +87,11 @@ void decoder_impl::decode_coded_alpha(const rle_params& params, const plane_entr
 }
 
 void decoder_impl::threaded_unpack_rows(const row_codec& codec, std::uint32_t rows, row_span<const std::uint8_t> stored,
-                                        row_span<const std::uint8_t> alpha, row_span<std::uint8_t> caller,
-                                        std::uint8_t* row_scratch) {
+                                        row_span<const std::uint8_t> alpha, row_span<std::uint8_t> caller) {
     if (codec.stored_bytes() == 0) {
         return;  // rows without pixels, of which there may be billions
     }
-    run_row_chunks(executor, rows, [&](row_chunk chunk, std::uint32_t i) {
-        codec.unpack(chunk, stored, alpha, caller, row_scratch + i * codec.scratch_bytes());
-    });
+    run_row_chunks(executor, rows, [&](row_chunk chunk, std::uint32_t) { codec.unpack(chunk, stored, alpha, caller); });
 }
 
 }  // namespace decoder

@@ -42,8 +42,7 @@ class decoder_impl {
     void decode_coded_alpha(const rle_params& params, const container::plane_entry& stored, const frame_buffers& frame,
                             std::uint8_t* target, threaded_rle_decoder::uncovered rest);
     void threaded_unpack_rows(const row_codec& codec, std::uint32_t rows, row_span<const std::uint8_t> stored,
-                              row_span<const std::uint8_t> alpha, row_span<std::uint8_t> caller,
-                              std::uint8_t* row_scratch);
+                              row_span<const std::uint8_t> alpha, row_span<std::uint8_t> caller);
 
     threaded_executor executor;
     threaded_rle_decoder alpha_decoder;

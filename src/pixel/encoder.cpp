@@ -56,8 +56,7 @@ void encoder_impl::encode_colour_plane(const QVRUncompressed_UncompressedParams_
     const plane_entry* split = order.interleaves_alpha() ? roles.alpha : nullptr;
     const bool coded = split != nullptr && split->traits().holds == plane_class::coded_alpha;
     const std::uint64_t coded_bytes = coded ? static_cast<std::uint64_t>(split->size) : 0;
-    const std::uint32_t chunks = chunks_for(executor, plane.height);
-    std::uint8_t* const work = scratch.reserve(coded_bytes + codec.scratch_bytes() * chunks);
+    std::uint8_t* const work = scratch.reserve(coded_bytes);
 
     row_span<std::uint8_t> alpha;
     if (split != nullptr) {
@@ -65,8 +64,7 @@ void encoder_impl::encode_colour_plane(const QVRUncompressed_UncompressedParams_
                  std::uint64_t{plane.width} * traits_of_type(up.componentType).bytes};
     }
     threaded_pack_rows(codec, plane.height, {frame.src + static_cast<std::uint64_t>(plane.offset), plane.stride},
-                       {frame.dst + static_cast<std::uint64_t>(stored.offset), codec.stored_bytes()}, alpha,
-                       work + coded_bytes);
+                       {frame.dst + static_cast<std::uint64_t>(stored.offset), codec.stored_bytes()}, alpha);
     if (coded) {
         code_alpha(alpha_plane_description(up, cp.rleSlices), work, coded_bytes, plan, frame.dst);
     }
@@ -92,7 +90,7 @@ void encoder_impl::encode_alpha_plane(const QVRUncompressed_UncompressedParams_t
     }
     const row_codec codec(k_in_stream_order, up.componentType, plane, *stored);
     threaded_pack_rows(codec, plane.height, {source, plane.stride},
-                       {frame.dst + static_cast<std::uint64_t>(stored->offset), codec.stored_bytes()}, {}, nullptr);
+                       {frame.dst + static_cast<std::uint64_t>(stored->offset), codec.stored_bytes()}, {});
 }
 
 void encoder_impl::code_alpha(const rle_params& params, const std::uint8_t* source, std::uint64_t source_size,
@@ -105,14 +103,11 @@ void encoder_impl::code_alpha(const rle_params& params, const std::uint8_t* sour
 }
 
 void encoder_impl::threaded_pack_rows(const row_codec& codec, std::uint32_t rows, row_span<const std::uint8_t> caller,
-                                      row_span<std::uint8_t> stored, row_span<std::uint8_t> alpha,
-                                      std::uint8_t* row_scratch) {
+                                      row_span<std::uint8_t> stored, row_span<std::uint8_t> alpha) {
     if (codec.stored_bytes() == 0) {
         return;  // rows without pixels, of which there may be billions
     }
-    run_row_chunks(executor, rows, [&](row_chunk chunk, std::uint32_t i) {
-        codec.pack(chunk, caller, stored, alpha, row_scratch + i * codec.scratch_bytes());
-    });
+    run_row_chunks(executor, rows, [&](row_chunk chunk, std::uint32_t) { codec.pack(chunk, caller, stored, alpha); });
 }
 
 }  // namespace encoder

@@ -47,7 +47,7 @@ class encoder_impl {
     void code_alpha(const rle_params& params, const std::uint8_t* source, std::uint64_t source_size,
                     container::frame_layout_plan& plan, std::uint8_t* dst);
     void threaded_pack_rows(const row_codec& codec, std::uint32_t rows, row_span<const std::uint8_t> caller,
-                            row_span<std::uint8_t> stored, row_span<std::uint8_t> alpha, std::uint8_t* row_scratch);
+                            row_span<std::uint8_t> stored, row_span<std::uint8_t> alpha);
 
     threaded_executor executor;
     threaded_rle_encoder alpha_coder;

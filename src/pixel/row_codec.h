@@ -5,7 +5,8 @@
 //   caller's row  --reorder-->  samples in bitstream order  --narrow-->  stored row
 //                 <--reorder--                              <--widen---
 //
-// Either step may be missing; without both, rows are copied.
+// Either step may be missing; without both, rows are copied. With both, samples go through a tile on the stack that stays
+// in the first-level cache.
 #pragma once
 
 #include <cstddef>
@@ -32,24 +33,24 @@ class row_codec {
     row_codec(const pixel_map& map, std::uint32_t type, const caller_plane& caller,
               const container::plane_info& stored);
 
-    // Working memory that one chunk of rows needs, in bytes; 0 for most formats.
-    std::uint64_t scratch_bytes() const;
-
     // Packs or unpacks a chunk of rows. alpha: rows split off from, or merged into, the caller's; null rows drop it.
     // Nothing is read or written between rows.
     void pack(row_chunk chunk, row_span<const std::uint8_t> caller, row_span<std::uint8_t> stored,
-              row_span<std::uint8_t> alpha, std::uint8_t* scratch) const;
+              row_span<std::uint8_t> alpha) const;
     void unpack(row_chunk chunk, row_span<const std::uint8_t> stored, row_span<const std::uint8_t> alpha,
-                row_span<std::uint8_t> caller, std::uint8_t* scratch) const;
+                row_span<std::uint8_t> caller) const;
 
     std::uint64_t stored_bytes() const { return stored_row; }
 
   private:
     bool reorders() const { return rule.map.samples != 0; }
     bool changes_width() const { return narrow_rule != narrowing::none || to_float; }
-    void narrow(const std::uint8_t* samples, std::uint8_t* stored) const;
-    void widen(const std::uint8_t* stored, std::uint8_t* samples) const;
-    void restore_order(const std::uint8_t* samples, const std::uint8_t* alpha, std::uint8_t* caller) const;
+    bool is_one_row(std::uint64_t caller_stride, std::uint64_t stored_stride, std::uint64_t alpha_stride) const;
+    void pack_row(const std::uint8_t* caller, std::uint8_t* stored) const;
+    void unpack_row(const std::uint8_t* stored, const std::uint8_t* alpha, std::uint8_t* caller) const;
+    void narrow(const std::uint8_t* words, std::uint64_t first, std::uint64_t count, std::uint8_t* stored) const;
+    void widen(const std::uint8_t* stored, std::uint64_t first, std::uint64_t count, std::uint8_t* words) const;
+    void finish_group(const std::uint8_t* left, std::uint8_t* caller) const;
     void copy_rows(row_chunk chunk, row_span<const std::uint8_t> from, row_span<std::uint8_t> to) const;
 
     reorder_rule rule;
@@ -60,5 +61,6 @@ class row_codec {
     std::uint64_t stored_row;  // bytes
     std::uint64_t samples;     // in a stored row
     unsigned sample_bytes;     // between the two steps
-    row_kernels kernels;
+    std::uint64_t groups;      // whole ones in a row, where samples are reordered
+    const row_kernels& kernels;
 };

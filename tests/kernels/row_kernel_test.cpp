@@ -13,8 +13,8 @@ using test::from_hex;
 using test::kernel_call;
 using test::operator+;
 
-// Eight vectors of 16 bytes and one byte more.
-constexpr std::size_t k_longest = 8 * 16 + 1;
+// Two blocks of four of the widest vectors, and one byte more.
+constexpr std::size_t k_longest = 2 * 4 * 64 + 1;
 
 constexpr std::uint32_t k_mapped_orders[] = {1, 3, 4, 6, 7, 8, 11, 12, 15};
 
@@ -24,7 +24,7 @@ kernel_call pack_call(const reorder_rule& rule, std::size_t groups, bytes row, b
     call.destination_sizes = {groups * rule.colour_bytes,
                               with_alpha && rule.map.alpha >= 0 ? groups * rule.sample_bytes : 0};
     call.run = [=](cpu_features features, const std::uint8_t* const* in, std::uint8_t* const* out) {
-        make_row_kernels(features).pack(rule, in[0], groups, out[0], with_alpha ? out[1] : nullptr);
+        row_kernels_for(features).pack(rule, in[0], groups, out[0], with_alpha ? out[1] : nullptr);
     };
     return call;
 }
@@ -34,7 +34,7 @@ kernel_call unpack_call(const reorder_rule& rule, std::size_t groups, bytes colo
     call.sources = {std::move(colour), std::move(alpha)};
     call.destination_sizes = {groups * rule.group_bytes};
     call.run = [=](cpu_features features, const std::uint8_t* const* in, std::uint8_t* const* out) {
-        make_row_kernels(features).unpack(rule, in[0], in[1], groups, out[0]);
+        row_kernels_for(features).unpack(rule, in[0], in[1], groups, out[0]);
     };
     return call;
 }
@@ -111,7 +111,7 @@ kernel_call narrow_call(const width_kernels& kernels, std::size_t count, bytes w
     call.sources = {std::move(words)};
     call.destination_sizes = {kernels.high_bytes(count), kernels.low_bytes(count)};
     call.run = [=](cpu_features features, const std::uint8_t* const* in, std::uint8_t* const* out) {
-        (make_row_kernels(features).*kernels.narrow)(in[0], count, out[0], out[1]);
+        (row_kernels_for(features).*kernels.narrow)(in[0], count, out[0], out[1]);
     };
     return call;
 }
@@ -121,7 +121,7 @@ kernel_call widen_call(const width_kernels& kernels, std::size_t count, bytes hi
     call.sources = {std::move(high), std::move(low)};
     call.destination_sizes = {kernels.word_bytes(count)};
     call.run = [=](cpu_features features, const std::uint8_t* const* in, std::uint8_t* const* out) {
-        (make_row_kernels(features).*kernels.widen)(in[0], in[1], count, out[0]);
+        (row_kernels_for(features).*kernels.widen)(in[0], in[1], count, out[0]);
     };
     return call;
 }
@@ -205,7 +205,7 @@ kernel_call float_call(std::size_t count, bytes words) {
     call.sources = {std::move(words)};
     call.destination_sizes = {4 * count};
     call.run = [=](cpu_features features, const std::uint8_t* const* in, std::uint8_t* const* out) {
-        make_row_kernels(features).fixed_to_float(in[0], count, out[0]);
+        row_kernels_for(features).fixed_to_float(in[0], count, out[0]);
     };
     return call;
 }
@@ -222,7 +222,7 @@ TEST(row_kernels, fixed_point_becomes_float) {
 }
 
 TEST(row_kernels, without_features_the_table_is_scalar) {
-    const row_kernels kernels = make_row_kernels(cpu_scalar);
+    const row_kernels& kernels = row_kernels_for(cpu_scalar);
     EXPECT_EQ(kernels.pack, scalar::pack);
     EXPECT_EQ(kernels.unpack, scalar::unpack);
     EXPECT_EQ(kernels.narrow_10, scalar::narrow_10);

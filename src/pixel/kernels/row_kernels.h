@@ -10,51 +10,7 @@
 
 #include "api/base/cpu_features.h"
 #include "api/base/pixel_format.h"
-
-// How a pixel map moves the bytes of 16-byte vectors: as many whole groups as fit, everything else left out (0x80,
-// which a byte shuffle turns into zero).
-struct shuffle_masks {
-    std::uint8_t groups = 0;        // in one vector of the caller's samples
-    std::uint8_t colour_bytes = 0;  // that they leave
-    std::uint8_t alpha_bytes = 0;
-    std::uint8_t pack[16] = {};           // caller's vector -> colours of all groups, then their alphas
-    std::uint8_t pack_alpha[16] = {};     // caller's vector -> alphas alone
-    std::uint8_t unpack_colour[16] = {};  // colours -> caller's vector, zeros at the alphas
-    std::uint8_t unpack_alpha[16] = {};   // alphas -> caller's vector, zeros at the colours
-};
-
-constexpr std::uint8_t k_shuffle_zero = 0x80;
-
-constexpr shuffle_masks make_shuffle_masks(const pixel_map& map, unsigned sample_bytes) {
-    shuffle_masks masks;
-    for (unsigned i = 0; i < 16; ++i) {
-        masks.pack[i] = masks.pack_alpha[i] = masks.unpack_colour[i] = masks.unpack_alpha[i] = k_shuffle_zero;
-    }
-    // With alpha, as many groups as leave four bytes of it: one double word to store, and all that fits with four
-    // samples to the pixel.
-    const unsigned groups = map.alpha >= 0 ? 4 / sample_bytes : 16 / (map.samples * sample_bytes);
-    masks.groups = static_cast<std::uint8_t>(groups);
-    masks.colour_bytes = static_cast<std::uint8_t>(groups * map.colours * sample_bytes);
-    masks.alpha_bytes = static_cast<std::uint8_t>(map.alpha < 0 ? 0 : groups * sample_bytes);
-    for (unsigned group = 0; group < groups; ++group) {
-        for (unsigned byte = 0; byte < sample_bytes; ++byte) {
-            for (unsigned colour = 0; colour < map.colours; ++colour) {
-                const unsigned caller = (group * map.samples + map.colour[colour]) * sample_bytes + byte;
-                const unsigned stored = (group * map.colours + colour) * sample_bytes + byte;
-                masks.pack[stored] = static_cast<std::uint8_t>(caller);
-                masks.unpack_colour[caller] = static_cast<std::uint8_t>(stored);
-            }
-            if (map.alpha >= 0) {
-                const unsigned caller = (group * map.samples + static_cast<unsigned>(map.alpha)) * sample_bytes + byte;
-                const unsigned stored = group * sample_bytes + byte;
-                masks.pack[masks.colour_bytes + stored] = static_cast<std::uint8_t>(caller);
-                masks.pack_alpha[stored] = static_cast<std::uint8_t>(caller);
-                masks.unpack_alpha[caller] = static_cast<std::uint8_t>(stored);
-            }
-        }
-    }
-    return masks;
-}
+#include "pixel/kernels/block_permutation.h"
 
 // A pixel map at one sample width, ready for kernels.
 struct reorder_rule {
@@ -62,12 +18,12 @@ struct reorder_rule {
     unsigned sample_bytes;  // 1, 2 or 4
     unsigned group_bytes;   // of one group in the caller's memory
     unsigned colour_bytes;  // of them colour
-    shuffle_masks masks;
+    block_permutations blocks;
 };
 
 constexpr reorder_rule make_reorder_rule(const pixel_map& map, unsigned sample_bytes) {
     return {map, sample_bytes, map.samples * sample_bytes, map.colours * sample_bytes,
-            make_shuffle_masks(map, sample_bytes)};
+            make_block_permutations(map, sample_bytes)};
 }
 
 struct row_kernels {
@@ -101,12 +57,13 @@ struct row_kernels {
     void (*fixed_to_float)(const std::uint8_t* words, std::size_t samples, std::uint8_t* floats);
 };
 
-// The best kernels for a processor with these features.
-row_kernels make_row_kernels(cpu_features features);
+// The best kernels for a processor with these features. Lives as long as the program.
+const row_kernels& row_kernels_for(cpu_features features);
 
 // Each instruction set replaces what it does better.
 void use_scalar(row_kernels& kernels);
 void use_ssse3(row_kernels& kernels);
+void use_avx2(row_kernels& kernels);
 
 // The definitions, which the other kernels also call for what is left of a row.
 namespace scalar {
