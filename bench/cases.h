@@ -55,6 +55,7 @@ struct bench_case {
 using case_list = std::vector<bench_case>;
 
 // The groups. Each appends its cases; nothing is prepared before a case runs.
+void add_kernels(case_list& cases, const options& chosen);
 void add_pairs(case_list& cases, const options& chosen);
 void add_instruction_sets(case_list& cases, const options& chosen);
 void add_libyuv(case_list& cases, const options& chosen);

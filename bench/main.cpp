@@ -15,8 +15,8 @@ using namespace bench;
 
 case_list chosen_cases(const options& chosen) {
     case_list all;
-    for (const auto add : {add_pairs, add_instruction_sets, add_libyuv, add_alpha, add_threads, add_scaling,
-                           add_latency, add_allocations}) {
+    for (const auto add : {add_kernels, add_pairs, add_instruction_sets, add_libyuv, add_alpha, add_threads,
+                           add_scaling, add_latency, add_allocations}) {
         add(all, chosen);
     }
     const std::regex filter(chosen.filter);
