@@ -16,8 +16,9 @@ matplotlib.use("Agg")
 import matplotlib.pyplot as plt
 from matplotlib.colors import LinearSegmentedColormap, TwoSlopeNorm
 from matplotlib.ticker import FixedLocator, FuncFormatter, NullLocator
+from PIL import Image
 
-from results import Results
+from results import Results, words
 
 INK = "#26323a"
 QUIET = "#8a969e"
@@ -72,42 +73,34 @@ def plain_rows(axis, labels):
     axis.spines["left"].set_visible(False)
 
 
-def draw_pairs(results):
-    """Orders by types, a panel for each way and size; white is memcpy's speed."""
-    if not results.named("pairs/encode/"):
+def draw_pairs(results, size):
+    """Orders by types, a panel for each way; white is memcpy's speed."""
+    if not any(row["name"].endswith(size) for row in results.named("pairs/encode/")):
         return None
-    sizes = [size for size in SIZES if size in results.parts("pairs/encode/", 4)]
     orders = results.parts("pairs/encode/", 2)
     types = sorted(results.parts("pairs/encode/", 3), key=lambda name: int(name.split("-")[0]))
     colours = LinearSegmentedColormap.from_list("ratio", ["#a8480f", "#e9a66c", "#fbf8f4", "#7fb3cf", "#1f6f9f"])
-    norm = TwoSlopeNorm(1.0, 0.3, 1.5)
-    figure, grid = plt.subplots(
-        len(sizes), 2, figsize=(11.5, 4.2 * len(sizes)), squeeze=False, sharey=True, layout="constrained"
-    )
-    for row, size in zip(grid, sizes):
-        for axis, way in zip(row, ("encode", "decode")):
-            table = [[results.median(f"pairs/{way}/{o}/{t}/{size}", "memcpy") for t in types] for o in orders]
-            found = [value for line in table for value in line if value]
-            image = axis.imshow(
-                [[value or math.nan for value in line] for line in table], cmap=colours, norm=norm, aspect="auto"
-            )
-            for y, line in enumerate(table):
-                for x, value in enumerate(line):
-                    if value:
-                        ink = "white" if value < 0.42 or value > 1.4 else INK
-                        axis.text(x, y, f"{value:.2f}", ha="center", va="center", fontsize=7, color=ink)
-            mean = math.exp(sum(map(math.log, found)) / len(found))
-            axis.set_title(f"{way.capitalize()}, {pixel_size(size)}: mean {mean:.2f}, worst {min(found):.2f}")
-            axis.set_xticks(range(len(types)), [name.split("-")[1] for name in types])
-            axis.set_yticks(range(len(orders)), [name.replace("-", "  ") for name in orders])
-            axis.tick_params(length=0)
-            for side in axis.spines.values():
-                side.set_visible(False)
-            axis.set_xticks([x - 0.5 for x in range(1, len(types))], minor=True)
-            axis.set_yticks([y - 0.5 for y in range(1, len(orders))], minor=True)
-            axis.grid(which="minor", color="white", linewidth=1.5)
-            axis.tick_params(which="minor", length=0)
-    bar = figure.colorbar(image, ax=grid, shrink=0.5, aspect=30, pad=0.015, ticks=[0.3, 0.5, 0.75, 1, 1.25, 1.5])
+    figure, axes = plt.subplots(1, 2, figsize=(11.5, 4.4), sharey=True, layout="constrained")
+    for axis, way in zip(axes, ("encode", "decode")):
+        table = [[results.median(f"pairs/{way}/{o}/{t}/{size}", "memcpy") for t in types] for o in orders]
+        shown = [[value or math.nan for value in line] for line in table]
+        image = axis.imshow(shown, cmap=colours, norm=TwoSlopeNorm(1.0, 0.3, 1.5), aspect="auto")
+        for y, line in enumerate(table):
+            for x, value in enumerate(line):
+                if value:
+                    ink = "white" if value < 0.42 or value > 1.4 else INK
+                    axis.text(x, y, f"{value:.2f}", ha="center", va="center", fontsize=7, color=ink)
+        found = [value for line in table for value in line if value]
+        mean = math.exp(sum(map(math.log, found)) / len(found))
+        axis.set_title(f"{way.capitalize()}, {pixel_size(size)}: mean {mean:.2f}, worst {min(found):.2f}")
+        axis.set_xticks(range(len(types)), [words(name).replace("10P", "10\nP") for name in types])
+        axis.set_yticks(range(len(orders)), [name.replace("-", "  ") for name in orders])
+        axis.spines[:].set_visible(False)
+        axis.set_xticks([x - 0.5 for x in range(1, len(types))], minor=True)
+        axis.set_yticks([y - 0.5 for y in range(1, len(orders))], minor=True)
+        axis.grid(which="minor", color="white", linewidth=1.5)
+        axis.tick_params(which="both", length=0)
+    bar = figure.colorbar(image, ax=axes, shrink=0.6, aspect=24, pad=0.015, ticks=[0.3, 0.5, 0.75, 1, 1.25, 1.5])
     bar.ax.set_yticklabels(["0.3", "0.5", "0.75", "memcpy", "1.25", "1.5"])
     bar.outline.set_visible(False)
     return figure
@@ -140,14 +133,14 @@ def draw_alpha(results):
                     facecolor=colour if filled else "white",
                     edgecolor=colour,
                     linewidth=1.4,
-                    label=f"beside {measure.split()[-1]}, {depth}",
+                    label=f"beside {measure.replace('lz4', 'LZ4').split()[-1]}, {depth}",
                 )
         ratio_axis(axis, max(min(seen), 1 / 1024), min(max(seen), 64))
         plain_rows(axis, [name.replace("-", " ") for name in mattes])
         axis.set_title(title)
         axis.set_xlabel(f"1 = the same; further right: {right}")
     handles, labels = axes[0].get_legend_handles_labels()
-    figure.legend(handles, labels, loc="outside upper right", ncols=4, frameon=False)
+    figure.legend(handles, labels, loc="lower right", bbox_to_anchor=(1, 1), ncols=4, frameon=False)
     return figure
 
 
@@ -168,13 +161,13 @@ def draw_threads(results):
                 axis.scatter([row["median"]], [y], s=34, color=colour, zorder=3, label=f"{count} threads" if y == 0 else None)
             axis.axvline(count, color=colour, linewidth=0.9, linestyle=(0, (4, 3)), zorder=1)
         axis.axvline(1, color=QUIET, linewidth=1, zorder=1)
-        axis.set_xlim(left=0, right=max(counts) * 1.08)
+        axis.set_xlim(left=min(0.9, min(row["low"] for row in results.named("threads/"))), right=max(counts) * 1.04)
         axis.grid(axis="x", color=GRID, linewidth=0.8)
         axis.set_axisbelow(True)
-        plain_rows(axis, [job.replace("coded-alpha/", "coded alpha, ").replace("/", " ").replace("-", " ") for job in jobs])
+        plain_rows(axis, [words(job) for job in jobs])
         axis.set_title(f"{way.capitalize()}, {pixel_size(size)}")
         axis.set_xlabel("times the speed of one thread (dashed: all that there is)")
-    figure.legend(*axes[0].get_legend_handles_labels(), loc="outside upper right", ncols=4, frameon=False)
+    figure.legend(*axes[0].get_legend_handles_labels(), loc="lower right", bbox_to_anchor=(1, 1), ncols=4, frameon=False)
     return figure
 
 
@@ -194,6 +187,7 @@ def draw_scaling(results):
         axis.set_yscale("log", base=2)
         axis.yaxis.set_major_formatter(FuncFormatter(lambda y, _: f"{y:g}"))
     axes[0].set_ylabel("1 = that of 1920 x 1080")
+    axes[1].sharey(axes[0])
     axes[0].legend(frameon=False)
     sizes = [size for size in SIZES if size in results.parts("scaling/slices/", 3)]
     for measure, label, colour in (
@@ -206,7 +200,8 @@ def draw_scaling(results):
         points = sorted(points + [(16, 1)])
         axes[2].plot(*zip(*points), "o-", color=colour, markersize=4.5, linewidth=1.5, label=label)
     axes[2].axhline(1, color=QUIET, linewidth=1, zorder=1)
-    axes[2].set_ylim(bottom=0.8, top=1.2)
+    low, high = axes[2].get_ylim()
+    axes[2].set_ylim(min(low, 0.9), max(high, 1.1))
     axes[2].set_title("Coded alpha by slices, hair, one thread")
     axes[2].set_xlabel("slices")
     axes[2].set_ylabel("1 = that of 16 slices")
@@ -236,10 +231,10 @@ def draw_kernels(results):
         known = [(values[(level, job)], y) for y, job in enumerate(jobs) if (level, job) in values]
         axis.scatter(*zip(*known), s=26, color=colour, zorder=3, label=level)
     ratio_axis(axis, min(values.values()), max(values.values()))
-    plain_rows(axis, [job.replace("/", "  ") for job in jobs])
+    plain_rows(axis, [job.replace("/8-bit", "").replace("/", "  ") for job in jobs])
     axis.set_title("Row kernels on rows in the first-level cache")
     axis.set_xlabel("speed beside memcpy of the same traffic")
-    figure.legend(*axis.get_legend_handles_labels(), loc="outside upper right", ncols=4, frameon=False)
+    figure.legend(*axis.get_legend_handles_labels(), loc="lower right", bbox_to_anchor=(1, 1), ncols=4, frameon=False)
     return figure
 
 
@@ -250,7 +245,9 @@ def save(figure, folder, name):
     figure.savefig(drawn, format="svg", metadata={"Date": None, "Creator": None})
     with open(os.path.join(folder, name + ".svg"), "w") as file:
         file.writelines(line.rstrip() + "\n" for line in drawn.getvalue().splitlines())
-    figure.savefig(os.path.join(folder, name + ".png"), dpi=130, metadata={"Software": None})
+    drawn = io.BytesIO()
+    figure.savefig(drawn, format="png", dpi=130)
+    Image.open(drawn).convert("RGB").quantize(128).save(os.path.join(folder, name + ".png"), optimize=True)
     plt.close(figure)
 
 
@@ -261,8 +258,9 @@ def main():
     chosen = arguments.parse_args()
     results = Results(chosen.results)
     os.makedirs(chosen.into, exist_ok=True)
+    for size in SIZES:
+        save(draw_pairs(results, size), chosen.into, f"pairs-{size}")
     for name, draw in (
-        ("pairs", draw_pairs),
         ("alpha", draw_alpha),
         ("threads", draw_threads),
         ("scaling", draw_scaling),

@@ -12,7 +12,7 @@ import math
 import os
 import re
 
-from results import Results
+from results import Results, words
 
 SIZES = ("1920x1080", "3840x2160")
 
@@ -56,9 +56,9 @@ def summary(results):
             }
             if found:
                 worst = min(found, key=found.get)
-                words = " ".join(part.split("-")[1] for part in worst.split("/")[2:4])
+                pair = words("/".join(worst.split("/")[2:4]))
                 rows.append(
-                    [f"{way}, {pixel_size(size)}", number(mean(found.values())), f"{number(found[worst])} ({words})"]
+                    [f"{way}, {pixel_size(size)}", number(mean(found.values())), f"{number(found[worst])} ({pair})"]
                 )
     return table(["", "geometric mean", "slowest pair"], rows)
 
@@ -83,7 +83,7 @@ def both_ways(results, group, measure, label):
         cells = [
             number(results.median(f"{group}/{way}/{name}/{size}", measure)) for size in sizes for way in ("encode", "decode")
         ]
-        rows.append([" ".join(part.split("-", 1)[1] for part in name.split("/"))] + cells)
+        rows.append([words(name)] + cells)
     return table([label] + [f"{way}, {pixel_size(size)}" for size in sizes for way in ("encode", "decode")], rows)
 
 
@@ -108,6 +108,7 @@ def instruction_sets(results):
 def kernels(results):
     levels = results.parts("kernels/", 1)
     names = list(dict.fromkeys("/".join(row["name"].split("/")[2:-1]) for row in results.named("kernels/")))
+    names = [name for name in names if "16-bit" not in name and "32-bit" not in name]
     rows = []
     for name in names:
         against = [number(results.median(f"kernels/{level}/{name}/L1", "memcpy")) for level in levels]
@@ -145,9 +146,8 @@ def threads(results):
     jobs = list(dict.fromkeys("/".join(row["name"].split("/")[2:]) for row in results.named("threads/encode/")))
     rows = []
     for job in jobs:
-        words = " ".join(job.split("/")[:-1]).replace("-", " ")
         cells = [number(results.median(f"threads/{way}/{job}", m)) for m in measures for way in ("encode", "decode")]
-        rows.append([words] + cells)
+        rows.append([words(job.rsplit("/", 1)[0])] + cells)
     return table(["beside one thread"] + [f"{m.split()[0]} threads, {w}" for m in measures for w in ("encode", "decode")], rows)
 
 
@@ -182,9 +182,9 @@ def latency(results):
     rows = []
     for row in results.named("latency/"):
         _, what, *rest, _ = row["name"].split("/")
-        words = what.replace("-", " ") + (", " + rest[0].replace("-", " ") if "threads" in rest[0] else ", 16 x 16 RGBA U8")
+        which = rest[0].replace("-", " ") if "threads" in rest[0] else "16 x 16 RGBA U8"
         factor = f"{number(row['median'])} x the speed" if row["median"] >= 1 else f"{number(1 / row['median'])} x the time"
-        rows.append([words, f"{factor} of {row['measure']}"])
+        rows.append([f"{words(what)}, {which}", f"{factor} of {row['measure']}"])
     return table(["", "beside"], rows)
 
 

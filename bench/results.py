@@ -2,6 +2,7 @@
 """What qvr_bench wrote with --json: one file, or several runs that each measured a part."""
 
 import json
+import re
 
 
 class Results:
@@ -31,3 +32,8 @@ class Results:
     def parts(self, start, index):
         """The different words at one place of the names that begin so, in order."""
         return list(dict.fromkeys(row["name"].split("/")[index] for row in self.named(start)))
+
+
+def words(name):
+    """A part of a name as people read it: '7-RGBA/1-U8' is 'RGBA U8', 'coded-alpha/hair-8-bit' 'coded alpha hair 8 bit'."""
+    return re.sub(r"(^|/)\d+-", r"\1", name).replace("/", " ").replace("-", " ")
