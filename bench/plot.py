@@ -16,7 +16,6 @@ matplotlib.use("Agg")
 import matplotlib.pyplot as plt
 from matplotlib.colors import LinearSegmentedColormap, TwoSlopeNorm
 from matplotlib.ticker import FixedLocator, FuncFormatter, NullLocator
-from PIL import Image
 
 from results import Results, words
 
@@ -245,9 +244,7 @@ def save(figure, folder, name):
     figure.savefig(drawn, format="svg", metadata={"Date": None, "Creator": None})
     with open(os.path.join(folder, name + ".svg"), "w") as file:
         file.writelines(line.rstrip() + "\n" for line in drawn.getvalue().splitlines())
-    drawn = io.BytesIO()
-    figure.savefig(drawn, format="png", dpi=130)
-    Image.open(drawn).convert("RGB").quantize(128).save(os.path.join(folder, name + ".png"), optimize=True)
+    figure.savefig(os.path.join(folder, name + ".png"), dpi=120, metadata={"Software": None}, pil_kwargs={"optimize": True})
     plt.close(figure)
 
 
