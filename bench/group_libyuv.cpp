@@ -53,6 +53,10 @@ void rgb_and_alpha_to_bgra(std::uint8_t* bgra, const frame_planes& f) {
     libyuv::ARGBCopyYToAlpha(f.alpha, f.width, bgra, 4 * f.width, f.width, f.height);
 }
 
+std::size_t pixels_of(const frame_planes& f) {
+    return static_cast<std::size_t>(f.width) * static_cast<std::size_t>(f.height);
+}
+
 using word_shuffle = int (*)(const std::uint8_t*, int, std::uint8_t*, int, int, int);
 
 void shuffle_words(word_shuffle shuffle, const std::uint8_t* from, std::uint8_t* to, const frame_planes& f) {
@@ -96,11 +100,11 @@ const libyuv_job k_jobs[] = {
     {15, true,
      [](const frame_planes& f) {
          swap_pairs(f.raw, f.colour, f);
-         copy_plane(f.raw + std::size_t{2} * f.width * f.height, f.alpha, f);
+         copy_plane(f.raw + 2 * pixels_of(f), f.alpha, f);
      },
      [](const frame_planes& f) {
          swap_pairs(f.colour, f.raw, f);
-         copy_plane(f.alpha, f.raw + std::size_t{2} * f.width * f.height, f);
+         copy_plane(f.alpha, f.raw + 2 * pixels_of(f), f);
      }},
 };
 
