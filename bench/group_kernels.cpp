@@ -57,6 +57,35 @@ void add_reordering(std::vector<kernel_case>& all) {
     }
 }
 
+void add_reordering_of_words(std::vector<kernel_case>& all) {
+    struct width {
+        unsigned bits;
+        void (*row_kernels::*to_stored)(const reorder_rule&, const std::uint8_t*, std::size_t, std::uint8_t*,
+                                        std::uint8_t*);
+        void (*row_kernels::*to_caller)(const reorder_rule&, const std::uint8_t*, const std::uint8_t*, std::size_t,
+                                        std::uint8_t*);
+    };
+    const width widths[] = {{10, &row_kernels::pack_narrow_10, &row_kernels::widen_unpack_10},
+                            {12, &row_kernels::pack_narrow_12, &row_kernels::widen_unpack_12}};
+    for (const std::uint32_t order : {1u, 3u, 4u, 6u, 7u, 8u, 11u, 12u}) {
+        const pixel_map& map = traits_of_order(order).map;
+        const auto rule = std::make_shared<const reorder_rule>(make_reorder_rule(map, 2));
+        const std::size_t groups = k_room / 2 / rule->group_bytes;
+        for (const width& row : widths) {
+            const std::size_t traffic = groups * rule->group_bytes + groups * map.colours * row.bits / 8;
+            const std::string rest = "-" + std::to_string(row.bits) + "/" + order_text(order);
+            all.push_back({"pack-narrow" + rest, false, traffic, [=](const row_kernels& kernels, hot_rows& rows) {
+                               (kernels.*row.to_stored)(*rule, rows.caller, groups, rows.colour, rows.beside);
+                           }});
+            if (map.alpha < 0) {
+                all.push_back({"widen-unpack" + rest, true, traffic, [=](const row_kernels& kernels, hot_rows& rows) {
+                                   (kernels.*row.to_caller)(*rule, rows.colour, rows.beside, groups, rows.caller);
+                               }});
+            }
+        }
+    }
+}
+
 // Kernels that are told apart by their function alone.
 void add_conversions(std::vector<kernel_case>& all) {
     using narrow = void (*row_kernels::*)(const std::uint8_t*, std::size_t, std::uint8_t*, std::uint8_t*);
@@ -112,6 +141,7 @@ void add_kernels(case_list& cases, const options&) {
     std::vector<kernel_case> all;
     add_conversions(all);
     add_reordering(all);
+    add_reordering_of_words(all);
     for (const instruction_set& level : usable_instruction_sets()) {
         for (const kernel_case& what : all) {
             cases.push_back({std::string("kernels/") + level.name + "/" + what.name + "/L1",

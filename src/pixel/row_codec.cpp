@@ -8,9 +8,8 @@
 
 namespace {
 
-// Samples of a tile: whole groups of every order, whole bytes of low bits and whole blocks of the widest kernels.
+// Samples of a tile: whole groups of every order and whole blocks of the widest kernels.
 constexpr std::uint64_t k_tile = 768;
-constexpr std::uint64_t k_widest_sample = 4;
 
 }  // namespace
 
@@ -41,12 +40,10 @@ void row_codec::pack(row_chunk chunk, row_span<const std::uint8_t> caller, row_s
                             alpha.row(chunk.first));
     }
     for (std::uint64_t i = chunk.first; i < std::uint64_t{chunk.first} + chunk.count; ++i) {
-        if (!changes_width()) {
-            kernels.pack(rule, caller.row(i), groups, stored.row(i), alpha.row(i));
-        } else if (!reorders()) {
-            narrow(caller.row(i), 0, samples, stored.row(i));
+        if (changes_width()) {
+            narrow(caller.row(i), stored.row(i));
         } else {
-            pack_row(caller.row(i), stored.row(i));
+            kernels.pack(rule, caller.row(i), groups, stored.row(i), alpha.row(i));
         }
     }
 }
@@ -61,13 +58,15 @@ void row_codec::unpack(row_chunk chunk, row_span<const std::uint8_t> stored, row
                               caller.row(chunk.first));
     }
     for (std::uint64_t i = chunk.first; i < std::uint64_t{chunk.first} + chunk.count; ++i) {
-        if (!changes_width()) {
-            kernels.unpack(rule, stored.row(i), alpha.row(i), groups, caller.row(i));
-            finish_group(stored.row(i) + groups * rule.colour_bytes, caller.row(i));
-        } else if (!reorders()) {
-            widen(stored.row(i), 0, samples, caller.row(i));
+        if (to_float) {
+            convert(stored.row(i), caller.row(i));
+        } else if (changes_width()) {
+            widen(stored.row(i), caller.row(i));
         } else {
-            unpack_row(stored.row(i), alpha.row(i), caller.row(i));
+            kernels.unpack(rule, stored.row(i), alpha.row(i), groups, caller.row(i));
+        }
+        if (reorders()) {
+            finish_group(stored.row(i), caller.row(i));
         }
     }
 }
@@ -88,59 +87,32 @@ void row_codec::copy_rows(row_chunk chunk, row_span<const std::uint8_t> from, ro
     }
 }
 
-// Formats that change both order and width store no alpha: it is dropped.
-void row_codec::pack_row(const std::uint8_t* caller, std::uint8_t* stored) const {
-    std::uint8_t tile[k_tile * k_widest_sample];
-    for (std::uint64_t first = 0; first < samples; first += k_tile) {
-        const std::uint64_t count = std::min(k_tile, samples - first);
-        kernels.pack(rule, caller + first / rule.map.colours * rule.group_bytes, count / rule.map.colours, tile,
-                     nullptr);
-        narrow(tile, first, count, stored);
-    }
-}
-
-void row_codec::unpack_row(const std::uint8_t* stored, const std::uint8_t* alpha, std::uint8_t* caller) const {
-    std::uint8_t tile[k_tile * k_widest_sample];
-    for (std::uint64_t first = 0; first < samples; first += k_tile) {
-        const std::uint64_t count = std::min(k_tile, samples - first);
-        const std::uint64_t group = first / rule.map.colours;
-        const std::uint64_t whole = count / rule.map.colours;
-        widen(stored, first, count, tile);
-        kernels.unpack(rule, tile, alpha == nullptr ? nullptr : alpha + group * sample_bytes, whole,
-                       caller + group * rule.group_bytes);
-        if (group + whole == groups) {
-            finish_group(tile + whole * rule.colour_bytes, caller);
-        }
-    }
-}
-
-void row_codec::narrow(const std::uint8_t* words, std::uint64_t first, std::uint64_t count,
-                       std::uint8_t* stored) const {
-    std::uint8_t* const high = stored + first;
+// Low bits start behind the high bytes of a row, one each sample.
+void row_codec::narrow(const std::uint8_t* words, std::uint8_t* stored) const {
     std::uint8_t* const low = stored + samples;
     switch (narrow_rule) {
         case narrowing::ten_bits:
-            return kernels.narrow_10(words, count, high, low + first / 4);
+            return reorders() ? kernels.pack_narrow_10(rule, words, groups, stored, low)
+                              : kernels.narrow_10(words, samples, stored, low);
         case narrowing::twelve_bits:
-            return kernels.narrow_12(words, count, high, low + first / 2);
-        case narrowing::ten_bits_packed:  // never in tiles: its one order is the bitstream's own
+            return reorders() ? kernels.pack_narrow_12(rule, words, groups, stored, low)
+                              : kernels.narrow_12(words, samples, stored, low);
+        case narrowing::ten_bits_packed:  // its one order is the bitstream's own
             return kernels.narrow_10_packed(words, width, stored, stored + std::uint64_t{2} * width);
         case narrowing::none:
             return;
     }
 }
 
-void row_codec::widen(const std::uint8_t* stored, std::uint64_t first, std::uint64_t count, std::uint8_t* words) const {
-    if (to_float) {
-        return kernels.fixed_to_float(stored + 2 * first, count, words);
-    }
-    const std::uint8_t* const high = stored + first;
+void row_codec::widen(const std::uint8_t* stored, std::uint8_t* words) const {
     const std::uint8_t* const low = stored + samples;
     switch (narrow_rule) {
         case narrowing::ten_bits:
-            return kernels.widen_10(high, low + first / 4, count, words);
+            return reorders() ? kernels.widen_unpack_10(rule, stored, low, groups, words)
+                              : kernels.widen_10(stored, low, samples, words);
         case narrowing::twelve_bits:
-            return kernels.widen_12(high, low + first / 2, count, words);
+            return reorders() ? kernels.widen_unpack_12(rule, stored, low, groups, words)
+                              : kernels.widen_12(stored, low, samples, words);
         case narrowing::ten_bits_packed:
             // The low bits start behind two samples a pixel, even where an odd width stores one sample more.
             return kernels.widen_10_packed(stored, stored + std::uint64_t{2} * width, width, words);
@@ -149,17 +121,48 @@ void row_codec::widen(const std::uint8_t* stored, std::uint64_t first, std::uint
     }
 }
 
+void row_codec::convert(const std::uint8_t* stored, std::uint8_t* floats) const {
+    if (!reorders()) {
+        return kernels.fixed_to_float(stored, samples, floats);
+    }
+    alignas(64) std::uint8_t tile[k_tile * sizeof(float)];
+    for (std::uint64_t group = 0; group < groups; group += k_tile / rule.map.colours) {
+        const std::uint64_t count = std::min<std::uint64_t>(k_tile / rule.map.colours, groups - group);
+        kernels.fixed_to_float(stored + group * rule.map.colours * 2, count * rule.map.colours, tile);
+        kernels.unpack(rule, tile, nullptr, count, floats + group * rule.group_bytes);
+    }
+}
+
+// A few samples as the caller has them, from a sample whose low bits begin a byte.
+void row_codec::widen_some(const std::uint8_t* stored, std::uint64_t first, std::uint64_t count,
+                           std::uint8_t* words) const {
+    const std::uint8_t* const low = stored + samples;
+    if (to_float) {
+        return scalar::fixed_to_float(stored + 2 * first, count, words);
+    }
+    switch (narrow_rule) {
+        case narrowing::ten_bits:
+            return scalar::widen_10(stored + first, low + first / 4, count, words);
+        case narrowing::twelve_bits:
+            return scalar::widen_12(stored + first, low + first / 2, count, words);
+        default:
+            std::memcpy(words, stored + first * sample_bytes, count * sample_bytes);
+    }
+}
+
 // An odd 4:2:2 row ends in a group that is not whole: samples that the bitstream does not hold are zero, and only those
-// that the caller's row has are written. left: the stored samples of that group.
-void row_codec::finish_group(const std::uint8_t* left, std::uint8_t* caller) const {
+// that the caller's row has are written.
+void row_codec::finish_group(const std::uint8_t* stored, std::uint8_t* caller) const {
     const std::uint64_t done = groups * rule.group_bytes;
     if (done == caller_row) {
         return;
     }
-    std::uint8_t colour[16] = {};
+    const std::uint64_t used = groups * rule.map.colours;
+    const std::uint64_t start = used / 4 * 4;
+    std::uint8_t colour[16 + 3 * sizeof(float)] = {};
     const std::uint8_t no_alpha[16] = {};
     std::uint8_t group[16];
-    std::memcpy(colour, left, samples * sample_bytes - groups * rule.colour_bytes);
-    scalar::unpack(rule, colour, no_alpha, 1, group);
+    widen_some(stored, start, samples - start, colour);
+    scalar::unpack(rule, colour + (used - start) * sample_bytes, no_alpha, 1, group);
     std::memcpy(caller + done, group, caller_row - done);
 }

@@ -5,8 +5,7 @@
 //   caller's row  --reorder-->  samples in bitstream order  --narrow-->  stored row
 //                 <--reorder--                              <--widen---
 //
-// Either step may be missing; without both, rows are copied. With both, samples go through a tile on the stack that stays
-// in the first-level cache.
+// Either step may be missing; without both, rows are copied. Kernels do both in one pass.
 #pragma once
 
 #include <cstddef>
@@ -46,11 +45,11 @@ class row_codec {
     bool reorders() const { return rule.map.samples != 0; }
     bool changes_width() const { return narrow_rule != narrowing::none || to_float; }
     bool is_one_row(std::uint64_t caller_stride, std::uint64_t stored_stride, std::uint64_t alpha_stride) const;
-    void pack_row(const std::uint8_t* caller, std::uint8_t* stored) const;
-    void unpack_row(const std::uint8_t* stored, const std::uint8_t* alpha, std::uint8_t* caller) const;
-    void narrow(const std::uint8_t* words, std::uint64_t first, std::uint64_t count, std::uint8_t* stored) const;
-    void widen(const std::uint8_t* stored, std::uint64_t first, std::uint64_t count, std::uint8_t* words) const;
-    void finish_group(const std::uint8_t* left, std::uint8_t* caller) const;
+    void narrow(const std::uint8_t* words, std::uint8_t* stored) const;
+    void widen(const std::uint8_t* stored, std::uint8_t* words) const;
+    void convert(const std::uint8_t* stored, std::uint8_t* floats) const;
+    void widen_some(const std::uint8_t* stored, std::uint64_t first, std::uint64_t count, std::uint8_t* words) const;
+    void finish_group(const std::uint8_t* stored, std::uint8_t* caller) const;
     void copy_rows(row_chunk chunk, row_span<const std::uint8_t> from, row_span<std::uint8_t> to) const;
 
     reorder_rule rule;

@@ -83,6 +83,75 @@ TEST(row_kernels, unpack_undoes_pack) {
     }
 }
 
+// Samples that lose or gain their low bits on the way.
+struct fused_kernels {
+    const char* name;
+    void (*row_kernels::*pack)(const reorder_rule&, const std::uint8_t*, std::size_t, std::uint8_t*, std::uint8_t*);
+    void (*row_kernels::*unpack)(const reorder_rule&, const std::uint8_t*, const std::uint8_t*, std::size_t,
+                                 std::uint8_t*);
+    std::size_t in_a_byte;
+};
+
+const fused_kernels k_fused_kernels[] = {
+    {"10 bits", &row_kernels::pack_narrow_10, &row_kernels::widen_unpack_10, 4},
+    {"12 bits", &row_kernels::pack_narrow_12, &row_kernels::widen_unpack_12, 2},
+};
+
+TEST(row_kernels, reordering_and_narrowing_at_once_equal_scalar_on_every_length_alignment_and_order) {
+    test::random_source random(6);
+    for (const std::uint32_t order : k_mapped_orders) {
+        const reorder_rule rule = make_reorder_rule(traits_of_order(order).map, 2);
+        for (const fused_kernels& kernels : k_fused_kernels) {
+            for (std::size_t groups = 0; groups * rule.group_bytes <= 2 * k_longest; ++groups) {
+                const std::size_t samples = groups * rule.map.colours;
+                const std::size_t lows = (samples + kernels.in_a_byte - 1) / kernels.in_a_byte;
+                kernel_call call;
+                call.sources = {random.content(groups * rule.group_bytes)};
+                call.destination_sizes = {samples, lows};
+                call.run = [=](cpu_features features, const std::uint8_t* const* in, std::uint8_t* const* out) {
+                    (row_kernels_for(features).*kernels.pack)(rule, in[0], groups, out[0], out[1]);
+                };
+                test::expect_same_as_scalar(call);
+                if (rule.map.alpha < 0) {
+                    kernel_call back;
+                    back.sources = {random.content(samples), random.content(lows)};
+                    back.destination_sizes = {groups * rule.group_bytes};
+                    back.run = [=](cpu_features features, const std::uint8_t* const* in, std::uint8_t* const* out) {
+                        (row_kernels_for(features).*kernels.unpack)(rule, in[0], in[1], groups, out[0]);
+                    };
+                    test::expect_same_as_scalar(back);
+                }
+                ASSERT_FALSE(HasFailure()) << kernels.name << ", order " << order << ", groups " << groups;
+            }
+        }
+    }
+}
+
+// Rows longer than the tiles in which low bits are collected.
+TEST(row_kernels, reordering_and_narrowing_at_once_equal_both_steps_on_long_rows) {
+    test::random_source random(7);
+    const row_kernels& scalar_kernels = row_kernels_for(cpu_scalar);
+    for (const std::uint32_t order : k_mapped_orders) {
+        const reorder_rule rule = make_reorder_rule(traits_of_order(order).map, 2);
+        for (const std::size_t groups : {383u, 384u, 385u, 1920u, 2047u}) {
+            const std::size_t samples = groups * rule.map.colours;
+            const bytes row = random.content(groups * rule.group_bytes);
+            bytes words(2 * samples);
+            scalar_kernels.pack(rule, row.data(), groups, words.data(), nullptr);
+            bytes high(samples);
+            bytes low((samples + 3) / 4);
+            scalar_kernels.narrow_10(words.data(), samples, high.data(), low.data());
+            for (const cpu_features features : test::feature_levels()) {
+                bytes fused_high(high.size());
+                bytes fused_low(low.size());
+                row_kernels_for(features).pack_narrow_10(rule, row.data(), groups, fused_high.data(), fused_low.data());
+                EXPECT_EQ(fused_high, high) << "order " << order << ", groups " << groups << ", features " << features;
+                EXPECT_EQ(fused_low, low) << "order " << order << ", groups " << groups << ", features " << features;
+            }
+        }
+    }
+}
+
 using narrow_kernel = void (*row_kernels::*)(const std::uint8_t*, std::size_t, std::uint8_t*, std::uint8_t*);
 using widen_kernel = void (*row_kernels::*)(const std::uint8_t*, const std::uint8_t*, std::size_t, std::uint8_t*);
 
@@ -221,12 +290,13 @@ TEST(row_kernels, fixed_point_becomes_float) {
     }
 }
 
-TEST(row_kernels, without_features_the_table_is_scalar) {
-    const row_kernels& kernels = row_kernels_for(cpu_scalar);
-    EXPECT_EQ(kernels.pack, scalar::pack);
-    EXPECT_EQ(kernels.unpack, scalar::unpack);
-    EXPECT_EQ(kernels.narrow_10, scalar::narrow_10);
-    EXPECT_EQ(kernels.widen_12, scalar::widen_12);
+TEST(row_kernels, the_best_table_that_the_features_allow_is_taken) {
+    EXPECT_EQ(&row_kernels_for(cpu_scalar), &k_scalar_kernels);
+    EXPECT_EQ(&row_kernels_for(cpu_ssse3), &k_ssse3_kernels);
+    EXPECT_EQ(&row_kernels_for(static_cast<cpu_features>(cpu_ssse3 | cpu_avx2)), &k_avx2_kernels);
+    EXPECT_EQ(&row_kernels_for(static_cast<cpu_features>(cpu_ssse3 | cpu_avx2 | cpu_avx512)), &k_avx512_kernels);
+    EXPECT_EQ(k_scalar_kernels.pack, scalar::pack);
+    EXPECT_EQ(k_scalar_kernels.widen_12, scalar::widen_12);
 }
 
 }  // namespace

@@ -45,6 +45,17 @@ struct row_kernels {
     void (*widen_10)(const std::uint8_t* high, const std::uint8_t* low, std::size_t samples, std::uint8_t* words);
     void (*widen_12)(const std::uint8_t* high, const std::uint8_t* low, std::size_t samples, std::uint8_t* words);
 
+    // Reordering and changing the width at once: `groups` groups of words in the caller's order. Alpha is dropped, and
+    // only maps without alpha can be widened.
+    void (*pack_narrow_10)(const reorder_rule& rule, const std::uint8_t* caller, std::size_t groups, std::uint8_t* high,
+                           std::uint8_t* low);
+    void (*pack_narrow_12)(const reorder_rule& rule, const std::uint8_t* caller, std::size_t groups, std::uint8_t* high,
+                           std::uint8_t* low);
+    void (*widen_unpack_10)(const reorder_rule& rule, const std::uint8_t* high, const std::uint8_t* low,
+                            std::size_t groups, std::uint8_t* caller);
+    void (*widen_unpack_12)(const reorder_rule& rule, const std::uint8_t* high, const std::uint8_t* low,
+                            std::size_t groups, std::uint8_t* caller);
+
     // Six 4:2:2 pixels in four 32-bit words, three 10-bit samples each. A row of `width` pixels; the last pixel of an
     // odd tail is left out. high: 2 x width bytes. Widening writes the row to the end of its last group of six, zeros
     // where there is no pixel.
@@ -57,15 +68,16 @@ struct row_kernels {
     void (*fixed_to_float)(const std::uint8_t* words, std::size_t samples, std::uint8_t* floats);
 };
 
-// The best kernels for a processor with these features. Lives as long as the program.
+// A table for each instruction set. Constants: not a line of an instruction set's code runs on a processor without it.
+extern const row_kernels k_scalar_kernels;
+extern const row_kernels k_ssse3_kernels;
+extern const row_kernels k_avx2_kernels;
+extern const row_kernels k_avx512_kernels;
+
+// The best kernels for a processor with these features.
 const row_kernels& row_kernels_for(cpu_features features);
 
-// Each instruction set replaces what it does better.
-void use_scalar(row_kernels& kernels);
-void use_ssse3(row_kernels& kernels);
-void use_avx2(row_kernels& kernels);
-
-// The definitions, which the other kernels also call for what is left of a row.
+// The definitions; other kernels call them for rests of rows with rules of their own.
 namespace scalar {
 void pack(const reorder_rule& rule, const std::uint8_t* caller, std::size_t groups, std::uint8_t* colour,
           std::uint8_t* alpha);

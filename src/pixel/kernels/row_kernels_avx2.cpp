@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <immintrin.h>
 
-#include "pixel/kernels/row_kernels_vector.h"
+#include "pixel/kernels/vector_kernels.h"
 
 namespace {
 
@@ -40,6 +40,15 @@ struct vector_256 {
         highs(block[2], block[3]).store(to + 96);
     }
 
+    static void to_blocks(vector_256 (&)[1]) {}
+    static void to_blocks(vector_256 (&v)[3]) {  // a0 a1, a2 b0, b1 b2
+        const vector_256 first = {_mm256_blend_epi32(v[0].v, v[1].v, 0xf0)};
+        const vector_256 third = {_mm256_blend_epi32(v[1].v, v[2].v, 0xf0)};
+        v[1] = {_mm256_permute2x128_si256(v[0].v, v[2].v, 0x21)};
+        v[0] = first;
+        v[2] = third;
+    }
+
     static vector_256 zero() { return {_mm256_setzero_si256()}; }
     static vector_256 broadcast(const std::uint8_t* from) { return {_mm256_broadcastsi128_si256(load_lane(from))}; }
     static vector_256 set_16(int value) { return {_mm256_set1_epi16(static_cast<short>(value))}; }
@@ -65,10 +74,11 @@ struct vector_256 {
         return {_mm256_srli_epi16(v, bits)};
     }
     template <int bits>
-    vector_256 shift_right_32() const {
-        return {_mm256_srli_epi32(v, bits)};
+    vector_256 shift_left_32() const {
+        return {_mm256_slli_epi32(v, bits)};
     }
     vector_256 multiply_16(vector_256 other) const { return {_mm256_mullo_epi16(v, other.v)}; }
+    vector_256 multiply_high_16(vector_256 other) const { return {_mm256_mulhi_epu16(v, other.v)}; }
     vector_256 multiply_add_8(vector_256 factors) const { return {_mm256_maddubs_epi16(v, factors.v)}; }
     vector_256 multiply_add_16(vector_256 factors) const { return {_mm256_madd_epi16(v, factors.v)}; }
 
@@ -79,11 +89,16 @@ struct vector_256 {
     }
     vector_256 interleave_lanes_64() const { return {swap_middle(v)}; }
 
-    vector_256 for_unpacking() const { return {swap_middle(v)}; }
-    static vector_256 unpack_low_8(vector_256 low, vector_256 high) { return {_mm256_unpacklo_epi8(low.v, high.v)}; }
-    static vector_256 unpack_high_8(vector_256 low, vector_256 high) { return {_mm256_unpackhi_epi8(low.v, high.v)}; }
-    static vector_256 unpack_low_16(vector_256 low, vector_256 high) { return {_mm256_unpacklo_epi16(low.v, high.v)}; }
-    static vector_256 unpack_high_16(vector_256 low, vector_256 high) { return {_mm256_unpackhi_epi16(low.v, high.v)}; }
+    static vector_256 spread_8_to_16(const std::uint8_t* from) {
+        const __m256i tops = _mm256_setr_epi8(-1, 0, -1, 1, -1, 2, -1, 3, -1, 4, -1, 5, -1, 6, -1, 7,  //
+                                              -1, 8, -1, 9, -1, 10, -1, 11, -1, 12, -1, 13, -1, 14, -1, 15);
+        return {_mm256_shuffle_epi8(broadcast(from).v, tops)};
+    }
+    static vector_256 spread_16_to_32(const std::uint8_t* from) {
+        const __m256i tops = _mm256_setr_epi8(-1, -1, 0, 1, -1, -1, 2, 3, -1, -1, 4, 5, -1, -1, 6, 7,  //
+                                              -1, -1, 8, 9, -1, -1, 10, 11, -1, -1, 12, 13, -1, -1, 14, 15);
+        return {_mm256_shuffle_epi8(broadcast(from).v, tops)};
+    }
     vector_256 fixed_to_float() const {
         const __m256 scale = _mm256_set1_ps(1.0f / 16384.0f);
         return {_mm256_castps_si256(_mm256_mul_ps(_mm256_cvtepi32_ps(_mm256_srai_epi32(v, 16)), scale))};
@@ -100,6 +115,4 @@ struct vector_256 {
 
 }  // namespace
 
-void use_avx2(row_kernels& kernels) {
-    vector_kernels<vector_256>::use(kernels);
-}
+const row_kernels k_avx2_kernels = vector_kernels<vector_256>::k_table;

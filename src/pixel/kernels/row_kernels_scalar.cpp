@@ -73,6 +73,35 @@ void widen(const std::uint8_t* high, const std::uint8_t* low, std::size_t sample
     }
 }
 
+// Both steps by way of a few samples at a time, whole groups and whole bytes of low bits.
+constexpr std::size_t k_few = 12;
+
+template <unsigned bits>
+void pack_narrow(const reorder_rule& rule, const std::uint8_t* caller, std::size_t groups, std::uint8_t* high,
+                 std::uint8_t* low) {
+    const std::size_t step = k_few / rule.map.colours;
+    std::uint8_t words[2 * k_few];
+    for (std::size_t done = 0; done < groups; done += step) {
+        const std::size_t count = groups - done < step ? groups - done : step;
+        const std::size_t first = done * rule.map.colours;
+        scalar::pack(rule, caller + done * rule.group_bytes, count, words, nullptr);
+        narrow<bits>(words, count * rule.map.colours, high + first, low + first * bits / 8);
+    }
+}
+
+template <unsigned bits>
+void widen_unpack(const reorder_rule& rule, const std::uint8_t* high, const std::uint8_t* low, std::size_t groups,
+                  std::uint8_t* caller) {
+    const std::size_t step = k_few / rule.map.colours;
+    std::uint8_t words[2 * k_few];
+    for (std::size_t done = 0; done < groups; done += step) {
+        const std::size_t count = groups - done < step ? groups - done : step;
+        const std::size_t first = done * rule.map.colours;
+        widen<bits>(high + first, low + first * bits / 8, count * rule.map.colours, words);
+        scalar::unpack(rule, words, nullptr, count, caller + done * rule.group_bytes);
+    }
+}
+
 }  // namespace
 
 namespace scalar {
@@ -149,14 +178,9 @@ void fixed_to_float(const std::uint8_t* words, std::size_t samples, std::uint8_t
 
 }  // namespace scalar
 
-void use_scalar(row_kernels& kernels) {
-    kernels.pack = scalar::pack;
-    kernels.unpack = scalar::unpack;
-    kernels.narrow_10 = scalar::narrow_10;
-    kernels.narrow_12 = scalar::narrow_12;
-    kernels.widen_10 = scalar::widen_10;
-    kernels.widen_12 = scalar::widen_12;
-    kernels.narrow_10_packed = scalar::narrow_10_packed;
-    kernels.widen_10_packed = scalar::widen_10_packed;
-    kernels.fixed_to_float = scalar::fixed_to_float;
-}
+const row_kernels k_scalar_kernels = {
+    scalar::pack,           scalar::unpack,   scalar::narrow_10,        scalar::narrow_12,
+    scalar::widen_10,       scalar::widen_12, pack_narrow<2>,           pack_narrow<4>,
+    widen_unpack<2>,        widen_unpack<4>,  scalar::narrow_10_packed, scalar::widen_10_packed,
+    scalar::fixed_to_float,
+};

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <tmmintrin.h>
 
-#include "pixel/kernels/row_kernels_vector.h"
+#include "pixel/kernels/vector_kernels.h"
 
 namespace {
 
@@ -26,6 +26,10 @@ struct vector_128 {
             block[i].store(to + 16 * i);
         }
     }
+
+    // From memory order to a block a lane.
+    template <unsigned count>
+    static void to_blocks(vector_128 (&)[count]) {}
 
     static vector_128 zero() {
         return {_mm_setzero_si128()};
@@ -61,11 +65,14 @@ struct vector_128 {
         return {_mm_srli_epi16(v, bits)};
     }
     template <int bits>
-    vector_128 shift_right_32() const {
-        return {_mm_srli_epi32(v, bits)};
+    vector_128 shift_left_32() const {
+        return {_mm_slli_epi32(v, bits)};
     }
     vector_128 multiply_16(vector_128 other) const {
         return {_mm_mullo_epi16(v, other.v)};
+    }
+    vector_128 multiply_high_16(vector_128 other) const {
+        return {_mm_mulhi_epu16(v, other.v)};
     }
     vector_128 multiply_add_8(vector_128 factors) const {
         return {_mm_maddubs_epi16(v, factors.v)};
@@ -90,21 +97,12 @@ struct vector_128 {
         return *this;
     }
 
-    // Unpacking in memory order takes its second operand from for_unpacking().
-    vector_128 for_unpacking() const {
-        return *this;
+    // Samples into the upper halves of samples twice as wide.
+    static vector_128 spread_8_to_16(const std::uint8_t* from) {
+        return {_mm_unpacklo_epi8(_mm_setzero_si128(), load_half(from))};
     }
-    static vector_128 unpack_low_8(vector_128 low, vector_128 high) {
-        return {_mm_unpacklo_epi8(low.v, high.v)};
-    }
-    static vector_128 unpack_high_8(vector_128 low, vector_128 high) {
-        return {_mm_unpackhi_epi8(low.v, high.v)};
-    }
-    static vector_128 unpack_low_16(vector_128 low, vector_128 high) {
-        return {_mm_unpacklo_epi16(low.v, high.v)};
-    }
-    static vector_128 unpack_high_16(vector_128 low, vector_128 high) {
-        return {_mm_unpackhi_epi16(low.v, high.v)};
+    static vector_128 spread_16_to_32(const std::uint8_t* from) {
+        return {_mm_unpacklo_epi16(_mm_setzero_si128(), load_half(from))};
     }
     // Signed words in the upper halves, 14 fraction bits.
     vector_128 fixed_to_float() const {
@@ -113,10 +111,13 @@ struct vector_128 {
     }
 
     static void leave() {}
+
+  private:
+    static __m128i load_half(const std::uint8_t* from) {
+        return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
+    }
 };
 
 }  // namespace
 
-void use_ssse3(row_kernels& kernels) {
-    vector_kernels<vector_128>::use(kernels);
-}
+const row_kernels k_ssse3_kernels = vector_kernels<vector_128>::k_table;
