@@ -216,7 +216,7 @@ def draw_scaling(results):
 def draw_kernels(results):
     """Row kernels on a hot row: each instruction set beside memcpy, a row for each kernel."""
     rows = [row for row in results.named("kernels/") if row["measure"] == "memcpy"]
-    rows = [row for row in rows if not any(left_out in row["name"] for left_out in ("16-bit", "32-bit", "without"))]
+    rows = [row for row in rows if not any(left_out in row["name"] for left_out in ("16-bit", "32-bit", "without", "-12/"))]
     if not rows:
         return None
     levels = list(dict.fromkeys(row["name"].split("/")[1] for row in rows))

@@ -108,7 +108,7 @@ def instruction_sets(results):
 def kernels(results):
     levels = results.parts("kernels/", 1)
     names = list(dict.fromkeys("/".join(row["name"].split("/")[2:-1]) for row in results.named("kernels/")))
-    names = [name for name in names if "16-bit" not in name and "32-bit" not in name]
+    names = [name for name in names if not any(left_out in name for left_out in ("16-bit", "32-bit", "-12/"))]
     rows = []
     for name in names:
         against = [number(results.median(f"kernels/{level}/{name}/L1", "memcpy")) for level in levels]
