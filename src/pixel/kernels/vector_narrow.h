@@ -19,6 +19,7 @@ struct vector_narrow {
     static constexpr unsigned k_in_a_byte = 8 / bits;  // samples, and vectors that are squeezed into one
     template <unsigned bits>
     static constexpr std::size_t k_squeezed = k_in_a_byte<bits>* k_bytes;  // samples that are squeezed into a vector
+    static constexpr std::uint8_t k_swapped_bytes[16] = {1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14};
     template <unsigned bits>
     static constexpr int k_low_field = bits == 2 ? 0xc0 : 0xf0;
 
@@ -31,17 +32,20 @@ struct vector_narrow {
         return V::pack_16(front & field, back & field);
     }
 
-    // Neighbours are pushed together before one shift moves a whole byte's samples down.
-    template <unsigned bits>
+    // Neighbours are pushed together before one shift moves a whole byte's samples down. To have them change places it is
+    // enough that their factors do.
+    template <unsigned bits, bool swaps = false>
     static V squeeze(const V (&lows)[k_in_a_byte<bits>]) {
         V pushed[k_in_a_byte<bits>];
 #pragma GCC unroll 4
         for (unsigned i = 0; i < k_in_a_byte<bits>; ++i) {
             if constexpr (bits == 2) {
                 // s0 + 4 s1, bytes into words, and p0 + 16 p1, words into double words.
-                pushed[i] = lows[i].multiply_add_8(V::set_16(0x0401)).multiply_add_16(V::set_32(0x00100001));
+                pushed[i] =
+                    lows[i].multiply_add_8(V::set_16(swaps ? 0x0104 : 0x0401)).multiply_add_16(V::set_32(0x00100001));
             } else {
-                pushed[i] = lows[i].multiply_add_8(V::set_16(0x1001)).template shift_right_16<4>();  // s0 + 16 s1
+                // s0 + 16 s1
+                pushed[i] = lows[i].multiply_add_8(V::set_16(swaps ? 0x0110 : 0x1001)).template shift_right_16<4>();
             }
         }
         if constexpr (bits == 2) {
@@ -53,24 +57,26 @@ struct vector_narrow {
         }
     }
 
-    template <unsigned bits>
+    template <unsigned bits, bool swaps>
     static void narrow_block(const std::uint8_t* words, std::uint8_t* high, std::uint8_t* low) {
+        const V swapped = V::broadcast(k_swapped_bytes);
         V lows[k_in_a_byte<bits>];
 #pragma GCC unroll 4
         for (unsigned i = 0; i < k_in_a_byte<bits>; ++i) {
             const V front = reorder::template block_vector<2>(words + i * 2 * k_bytes, 0);
             const V back = reorder::template block_vector<2>(words + i * 2 * k_bytes, 1);
-            high_bytes(front, back).store(high + i * k_bytes);
+            const V highs = high_bytes(front, back);
+            (swaps ? highs.shuffle(swapped) : highs).store(high + i * k_bytes);
             lows[i] = low_bytes<bits>(front, back);
         }
-        squeeze<bits>(lows).store(low);
+        squeeze<bits, swaps>(lows).store(low);
     }
 
-    template <unsigned bits>
-    static void narrow(const std::uint8_t* words, std::size_t samples, std::uint8_t* high, std::uint8_t* low) {
+    template <unsigned bits, bool swaps>
+    static void narrow_row(const std::uint8_t* words, std::size_t samples, std::uint8_t* high, std::uint8_t* low) {
         constexpr std::size_t block = k_squeezed<bits>;
         for (; samples >= block; samples -= block) {
-            narrow_block<bits>(words, high, low);
+            narrow_block<bits, swaps>(words, high, low);
             words += 2 * block;
             high += block;
             low += k_bytes;
@@ -79,10 +85,15 @@ struct vector_narrow {
             std::uint8_t in[2 * block] = {};
             std::uint8_t out[block + k_bytes];
             std::memcpy(in, words, 2 * samples);
-            narrow_block<bits>(in, out, out + block);
+            narrow_block<bits, swaps>(in, out, out + block);
             std::memcpy(high, out, samples);
             std::memcpy(low, out + block, (samples * bits + 7) / 8);
         }
+    }
+
+    template <unsigned bits>
+    static void narrow(const std::uint8_t* words, std::size_t samples, std::uint8_t* high, std::uint8_t* low) {
+        narrow_row<bits, false>(words, samples, high, low);
     }
 
     // Low bytes of samples whose vectors do not come out in pairs and fours, until there are enough to be squeezed.
@@ -198,7 +209,7 @@ struct vector_narrow {
         using namespace block_shape;
         switch (rule.map.samples) {
             case 2:
-                return pack_narrow_row<pair, 1, bits>(rule, caller, groups, high, low);
+                return narrow_row<bits, true>(caller, 2 * groups, high, low);
             case 3:
                 return rule.map.alpha < 0 ? pack_narrow_row<triple, 3, bits>(rule, caller, groups, high, low)
                                           : pack_narrow_row<split_3, 2, bits>(rule, caller, groups, high, low);

@@ -36,26 +36,37 @@ struct vector_packed {
         }
         static constexpr table k_table = make();
 
-        // Units `first`, `first` + 2 ... one in each lane.
-        static V words(const std::uint8_t* packed, unsigned first) {
-            const auto unit = [=](unsigned lane) { return first + 2 * lane; };
-            const V bytes =
-                V::from_lanes([=](unsigned lane) { return packed + unit(lane) / 3 * 32 + k_load[unit(lane) % 3]; });
-            const V spread = V::from_lanes([=](unsigned lane) { return k_table.bytes[unit(lane) % 3]; });
-            const V factors = V::from_lanes(
-                [=](unsigned lane) { return reinterpret_cast<const std::uint8_t*>(k_table.factors[unit(lane) % 3]); });
-            return bytes.shuffle(spread).multiply_16(factors);
+        // Units `first`, `first` + 2 ... one in each lane; what is done to them depends on first % 3 alone.
+        V spread[3];
+        V factors[3];
+
+        packed_units() {
+            for (unsigned first = 0; first < 3; ++first) {
+                spread[first] = V::from_lanes([=](unsigned lane) { return k_table.bytes[(first + 2 * lane) % 3]; });
+                factors[first] = V::from_lanes([=](unsigned lane) {
+                    return reinterpret_cast<const std::uint8_t*>(k_table.factors[(first + 2 * lane) % 3]);
+                });
+            }
+        }
+
+        V words(const std::uint8_t* packed, unsigned first) const {
+            const V bytes = V::from_lanes([=](unsigned lane) {
+                const unsigned unit = first + 2 * lane;
+                return packed + unit / 3 * 32 + k_load[unit % 3];
+            });
+            return bytes.shuffle(spread[first % 3]).multiply_16(factors[first % 3]);
         }
     };
 
     // A block: three vectors of high bytes.
     static constexpr std::size_t k_packed_block_groups = 4 * V::lanes;
 
-    static void narrow_packed_block(const std::uint8_t* packed, std::uint8_t* high, std::uint8_t* low_tile) {
+    static void narrow_packed_block(const packed_units& units, const std::uint8_t* packed, std::uint8_t* high,
+                                    std::uint8_t* low_tile) {
 #pragma GCC unroll 3
         for (unsigned i = 0; i < 3; ++i) {
-            const V front = packed_units::words(packed, i * 2 * V::lanes);
-            const V back = packed_units::words(packed, i * 2 * V::lanes + 1);
+            const V front = units.words(packed, i * 2 * V::lanes);
+            const V back = units.words(packed, i * 2 * V::lanes + 1);
             vector_narrow<V>::high_bytes(front, back).store(high + i * k_bytes);
             vector_narrow<V>::template low_bytes<2>(front, back).store(low_tile + i * k_bytes);
         }
@@ -65,10 +76,11 @@ struct vector_packed {
         constexpr std::size_t block = k_packed_block_groups * k_packed_group_samples;
         const std::size_t whole = width / k_packed_pixels;
         typename vector_narrow<V>::template low_tile<2> lows(low);
+        const packed_units units;
         std::size_t surplus = 0;
         std::size_t groups = whole;
         for (; groups >= k_packed_block_groups; groups -= k_packed_block_groups) {
-            narrow_packed_block(packed, high, lows.take(block));
+            narrow_packed_block(units, packed, high, lows.take(block));
             packed += k_packed_block_groups * k_packed_group_bytes;
             high += block;
         }
@@ -76,7 +88,7 @@ struct vector_packed {
             std::uint8_t in[k_packed_block_groups * k_packed_group_bytes] = {};
             std::uint8_t out[block];
             std::memcpy(in, packed, groups * k_packed_group_bytes);
-            narrow_packed_block(in, out, lows.take(block));
+            narrow_packed_block(units, in, out, lows.take(block));
             std::memcpy(high, out, groups * k_packed_group_samples);
             surplus = block - groups * k_packed_group_samples;
             packed += groups * k_packed_group_bytes;
@@ -93,32 +105,32 @@ struct vector_packed {
         static constexpr unsigned high_start(unsigned group) { return group == k_count - 1 ? 80 : 12 * group; }
         static constexpr unsigned low_start(unsigned group) { return group < 4 ? 0 : 8; }
 
-        struct table {
-            std::uint8_t front[16];  // in each double word the first and second high byte, as words
-            std::uint8_t back[16];   // the third, in the upper word
-            std::uint8_t low[16];    // the two bytes that hold its six low bits, in both words
-        };
+        // One after the other for the groups, so that a vector's lanes load theirs at once.
         struct tables {
-            table of[k_count];
+            std::uint8_t front[k_count][16];  // in each double word the first and second high byte, as words
+            std::uint8_t back[k_count][16];   // the third, in the upper word
+            std::uint8_t low[k_count][16];    // the two bytes that hold its six low bits, in both words
         };
         static constexpr tables make() {
             tables all{};
             for (unsigned group = 0; group < k_count; ++group) {
-                table& to = all.of[group];
+                std::uint8_t(&front)[16] = all.front[group];
+                std::uint8_t(&back)[16] = all.back[group];
+                std::uint8_t(&low)[16] = all.low[group];
                 for (unsigned i = 0; i < 16; ++i) {
-                    to.front[i] = to.back[i] = to.low[i] = k_shuffle_zero;
+                    front[i] = back[i] = low[i] = k_shuffle_zero;
                 }
                 for (unsigned word = 0; word < 4; ++word) {
-                    const unsigned high = 12 * group - high_start(group) + 3 * word;
-                    to.front[4 * word] = static_cast<std::uint8_t>(high);
-                    to.front[4 * word + 2] = static_cast<std::uint8_t>(high + 1);
-                    to.back[4 * word + 2] = static_cast<std::uint8_t>(high + 2);
-                    const unsigned low = 3 * group - low_start(group) + (word < 2 ? 0 : 1);
+                    const unsigned high_at = 12 * group - high_start(group) + 3 * word;
+                    front[4 * word] = static_cast<std::uint8_t>(high_at);
+                    front[4 * word + 2] = static_cast<std::uint8_t>(high_at + 1);
+                    back[4 * word + 2] = static_cast<std::uint8_t>(high_at + 2);
+                    const unsigned low_at = 3 * group - low_start(group) + (word < 2 ? 0 : 1);
                     for (unsigned half = 0; half < 4; half += 2) {
                         // Low bits of the first word alone in an upper byte: a shift down by 0 is none that a
                         // multiplication could do.
-                        to.low[4 * word + half] = word == 0 ? k_shuffle_zero : static_cast<std::uint8_t>(low);
-                        to.low[4 * word + half + 1] = static_cast<std::uint8_t>(word == 0 ? low : low + 1);
+                        low[4 * word + half] = word == 0 ? k_shuffle_zero : static_cast<std::uint8_t>(low_at);
+                        low[4 * word + half + 1] = static_cast<std::uint8_t>(word == 0 ? low_at : low_at + 1);
                     }
                 }
             }
@@ -136,9 +148,9 @@ struct vector_packed {
 #pragma GCC unroll 8
         for (unsigned first = 0; first < groups::k_count; first += V::lanes) {
             const V highs = V::from_lanes([=](unsigned lane) { return high + groups::high_start(first + lane); });
-            const V front = V::from_lanes([=](unsigned lane) { return groups::k_tables.of[first + lane].front; });
-            const V back = V::from_lanes([=](unsigned lane) { return groups::k_tables.of[first + lane].back; });
-            const V spread = V::from_lanes([=](unsigned lane) { return groups::k_tables.of[first + lane].low; });
+            const V front = V::load(groups::k_tables.front[first]);
+            const V back = V::load(groups::k_tables.back[first]);
+            const V spread = V::load(groups::k_tables.low[first]);
             // Six bits; the first two stay, the next two move up by eight, the last two by sixteen.
             const V lows = V::broadcast(low + groups::low_start(first)).shuffle(spread).multiply_high_16(to_bottom) &
                            V::set_16(0x3f);
