@@ -48,7 +48,8 @@ void write_qcx_header(const exact_buffer& frame, const uncompressed_params& up) 
 
 }  // namespace
 
-session::session(const setup& chosen, byte_source steps) : how(chosen), script(steps), with(chosen.threads) {}
+session::session(const setup& chosen, byte_source steps)
+    : how(chosen), script(steps), with(chosen.threads == 1 ? own.emplace(1u) : shared_coders(chosen.threads)) {}
 
 bool session::step() {
     if (script.empty()) {

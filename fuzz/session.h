@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #pragma once
 
+#include <optional>
+
 #include "harness.h"
 
 namespace fuzz {
@@ -43,7 +45,8 @@ class session {
 
     setup how;
     byte_source script;
-    coders with;
+    std::optional<coders> own;  // made for the script; those with threads, which take long to start, serve all scripts
+    coders& with;
     bytes stream;  // what was encoded last, and what became of it since
     std::string told;
     unsigned renewals = 0;

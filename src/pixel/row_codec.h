@@ -5,7 +5,8 @@
 //   caller's row  --reorder-->  samples in bitstream order  --narrow-->  stored row
 //                 <--reorder--                              <--widen---
 //
-// Either step may be missing; without both, rows are copied. Kernels do both in one pass.
+// Either step may be missing; without both, rows are copied. Kernels do both in one pass. Planes that the caches do not
+// hold are written past them, in pieces.
 #pragma once
 
 #include <cstddef>
@@ -43,11 +44,19 @@ class row_codec {
 
   private:
     bool reorders() const { return rule.map.samples != 0; }
+    bool packs() const { return narrow_rule == narrowing::ten_bits_packed; }
     bool changes_width() const { return narrow_rule != narrowing::none || to_float; }
     bool is_one_row(std::uint64_t caller_stride, std::uint64_t stored_stride, std::uint64_t alpha_stride) const;
-    void narrow(const std::uint8_t* words, std::uint8_t* stored) const;
-    void widen(const std::uint8_t* stored, std::uint8_t* words) const;
-    void convert(const std::uint8_t* stored, std::uint8_t* floats) const;
+    void pack_row(std::uint64_t count, const std::uint8_t* caller, std::uint8_t* stored, std::uint8_t* alpha) const;
+    void unpack_row(std::uint64_t count, const std::uint8_t* stored, const std::uint8_t* alpha,
+                    std::uint8_t* caller) const;
+    std::uint64_t caller_bytes(std::uint64_t count) const;
+    std::uint64_t low_start() const;
+    void pack_piece(const std::uint8_t* caller, std::uint64_t count, std::uint8_t* main, std::uint8_t* low,
+                    std::uint8_t* alpha) const;
+    void unpack_piece(const std::uint8_t* stored, std::uint64_t first, std::uint64_t count, const std::uint8_t* alpha,
+                      std::uint8_t* caller) const;
+    void convert(const std::uint8_t* fixed, std::uint64_t count, std::uint8_t* floats) const;
     void widen_some(const std::uint8_t* stored, std::uint64_t first, std::uint64_t count, std::uint8_t* words) const;
     void finish_group(const std::uint8_t* stored, std::uint8_t* caller) const;
     void copy_rows(row_chunk chunk, row_span<const std::uint8_t> from, row_span<std::uint8_t> to) const;
@@ -61,5 +70,6 @@ class row_codec {
     std::uint64_t samples;     // in a stored row
     unsigned sample_bytes;     // between the two steps
     std::uint64_t groups;      // whole ones in a row, where samples are reordered
+    bool streams;              // the caches do not hold the plane and what becomes of it
     const row_kernels& kernels;
 };

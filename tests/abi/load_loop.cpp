@@ -1,12 +1,16 @@
-// usage: abi_load_loop LIBRARY - loads, uses and unloads the library a hundred times; nothing may stay behind.
+// usage: abi_load_loop LIBRARY - loads, uses and unloads the library a thousand times; nothing may stay behind.
 #include <QVRUncompressed.h>
 #include <dirent.h>
 #include <dlfcn.h>
+#include <malloc.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <thread>
 
 namespace {
@@ -30,15 +34,29 @@ function* find(void* library, const char* name, function*) {
 // The declared function gives its type alone and is never called by its name, so nothing has to be linked.
 #define QVR_FIND(library, name) find(library, #name, static_cast<decltype(&name)>(nullptr))
 
-size_t count_threads() {
+size_t count_entries(const char* folder) {
     size_t count = 0;
-    if (DIR* tasks = opendir("/proc/self/task")) {
-        while (const dirent* entry = readdir(tasks)) {
+    if (DIR* listed = opendir(folder)) {
+        while (const dirent* entry = readdir(listed)) {
             count += entry->d_name[0] != '.' ? 1 : 0;
         }
-        closedir(tasks);
+        closedir(listed);
     }
     return count;
+}
+
+size_t count_threads() {
+    return count_entries("/proc/self/task");
+}
+
+size_t bytes_in_use() {
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+size_t count_mappings() {
+    std::ifstream maps("/proc/self/maps");
+    return static_cast<size_t>(std::count(std::istreambuf_iterator<char>(maps), {}, '\n'));
 }
 
 void use_handles(void* library) {
@@ -91,26 +109,38 @@ void use_the_rest(void* library) {
     QVR_FIND(library, QVRUncompressed_DecodeAndUnwrapFrame);
 }
 
+void load_use_and_unload(const char* path) {
+    void* library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) {
+        fail(dlerror());
+    }
+    use_handles(library);
+    use_the_rest(library);
+    if (dlclose(library) != 0) {
+        fail("dlclose");
+    }
+    if (dlopen(path, RTLD_NOW | RTLD_NOLOAD) != nullptr) {
+        fail("the library stays loaded");
+    }
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
     if (count != 2) {
         fail("usage: abi_load_loop LIBRARY");
     }
+    constexpr int rounds = 1000;
+    mallopt(M_ARENA_MAX, 1);  // or else threads that come and go make more of them for a while
     const size_t threads = count_threads();
-    for (int round = 0; round < 100; ++round) {
-        void* library = dlopen(arguments[1], RTLD_NOW | RTLD_LOCAL);
-        if (library == nullptr) {
-            fail(dlerror());
-        }
-        use_handles(library);
-        use_the_rest(library);
-        if (dlclose(library) != 0) {
-            fail("dlclose");
-        }
-        if (dlopen(arguments[1], RTLD_NOW | RTLD_NOLOAD) != nullptr) {
-            fail("the library stays loaded");
-        }
+    for (int round = 0; round < 50; ++round) {  // what the system keeps for good is kept from now on
+        load_use_and_unload(arguments[1]);
+    }
+    const size_t files = count_entries("/proc/self/fd");
+    const size_t bytes = bytes_in_use();
+    const size_t mappings = count_mappings();
+    for (int round = 0; round < rounds; ++round) {
+        load_use_and_unload(arguments[1]);
     }
     // A joined thread may linger in the process's list for a moment.
     for (int i = 0; i < 1000 && count_threads() != threads; ++i) {
@@ -119,6 +149,16 @@ int main(int count, char** arguments) {
     if (count_threads() != threads) {
         fail("threads stay behind");
     }
-    std::puts("loaded and unloaded 100 times");
+    if (count_entries("/proc/self/fd") != files) {
+        fail("open files stay behind");
+    }
+    // A block has 32 bytes or more, and the library more than one mapping: half a block a round is none.
+    if (bytes_in_use() >= bytes + 16 * rounds) {
+        fail("memory stays behind");
+    }
+    if (count_mappings() >= mappings + rounds) {
+        fail("mappings stay behind");
+    }
+    std::printf("loaded and unloaded %d times\n", 50 + rounds);
     return 0;
 }

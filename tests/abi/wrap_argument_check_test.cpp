@@ -3,20 +3,13 @@
 
 #include <vector>
 
+#include "argument_sweep.h"
 #include "box_builder.h"
 #include "codec.h"
 
 namespace {
 
 using namespace test;
-
-template <class pointer>
-pointer unless(unsigned mask, unsigned bit, pointer value) {
-    return (mask >> bit & 1) != 0 ? nullptr : value;
-}
-
-const uint64_t k_frame_sizes[] = {36, 0, 35, 37, 0x100000024};
-const uint64_t k_stream_sizes[] = {10, 0, 9, 11, 0x10000000a};
 
 const uint8_t k_payload[4] = {1, 2, 3, 4};
 
@@ -50,23 +43,14 @@ std::vector<wrap_params> records_of(const record_row& row) {
 
 TEST(wrap_argument_checks, size_query_fails_with_0) {
     const wrap_params record = wrap_record(2, 4);
-    for (unsigned mask = 0; mask < 8; ++mask) {
-        for (const uint64_t up_size : k_frame_sizes) {
-            for (const uint64_t cp_size : k_stream_sizes) {
-                for (const uint32_t count : {0u, 1u}) {
-                    frame_params up = frame_record(0, 0, 4, 2);
-                    stream_params cp = raw_alpha();
-                    up.size = up_size;
-                    cp.size = cp_size;
-                    const bool good = mask == 0 && up_size == 36 && cp_size == 10;
-                    EXPECT_EQ(QVRUncompressed_GetCompressedWrapBufSize(unless(mask, 0, &up), unless(mask, 1, &cp),
-                                                                       unless(mask, 2, &record), count),
-                              good ? 37 + count * 12 : 0)
-                        << mask << ", " << up_size << ", " << cp_size << ", " << count;
-                }
-            }
+    for_each_argument(3, frame_record(0, 0, 4, 2), [&](const arguments& with) {
+        for (const uint32_t count : {0u, 1u}) {
+            EXPECT_EQ(
+                QVRUncompressed_GetCompressedWrapBufSize(with.unless_null(0, &with.up), with.unless_null(1, &with.cp),
+                                                         with.unless_null(2, &record), count),
+                with.expected == 0 ? 37 + count * 12 : 0);
         }
-    }
+    });
 }
 
 TEST(wrap_argument_checks, size_query_looks_at_each_counted_record) {
@@ -84,30 +68,21 @@ TEST(wrap_argument_checks, size_query_looks_at_each_counted_record) {
 }
 
 TEST(wrap_argument_checks, wrapping_tests_pointers_then_record_sizes) {
-    encoder with;
+    encoder out;
     const wrap_params record = wrap_record(2, 4);
     const uint8_t* const payloads[] = {k_payload};
-    for (unsigned mask = 0; mask < 32; ++mask) {
-        for (const uint64_t up_size : k_frame_sizes) {
-            for (const uint64_t cp_size : k_stream_sizes) {
-                SCOPED_TRACE(testing::Message() << mask << ", " << up_size << ", " << cp_size);
-                frame_params up = frame_record(0, 0, 4, 2);
-                stream_params cp = raw_alpha();
-                up.size = up_size;
-                cp.size = cp_size;
-                bytes dst(49, k_fill);
-                uint32_t written = k_untouched;
-                const uint32_t expected = mask != 0 ? 2 : up_size != 36 || cp_size != 10 ? 3 : 0;
-                ASSERT_EQ(QVRUncompressed_EncodeAndWrapFrame(
-                              unless(mask, 0, with.handle()), unless(mask, 1, &up), unless(mask, 2, &cp), &record, 1,
-                              nullptr, 0, unless(mask, 3, payloads), unless(mask, 4, dst.data()), 49, &written),
-                          expected);
-                ASSERT_EQ(written, expected == 0 ? 49u : k_untouched);
-                ASSERT_EQ(dst == repeat(k_fill, 49), expected != 0);
-            }
-        }
-    }
-    EXPECT_EQ(with.messages(), message_list{});
+    for_each_argument(5, frame_record(0, 0, 4, 2), [&](const arguments& with) {
+        bytes dst(49, k_fill);
+        uint32_t written = k_untouched;
+        ASSERT_EQ(QVRUncompressed_EncodeAndWrapFrame(with.unless_null(0, out.handle()), with.unless_null(1, &with.up),
+                                                     with.unless_null(2, &with.cp), &record, 1, nullptr, 0,
+                                                     with.unless_null(3, payloads), with.unless_null(4, dst.data()), 49,
+                                                     &written),
+                  with.expected);
+        ASSERT_EQ(written, with.expected == 0 ? 49u : k_untouched);
+        ASSERT_EQ(dst == repeat(k_fill, 49), with.expected != 0);
+    });
+    EXPECT_EQ(out.messages(), message_list{});
 }
 
 TEST(wrap_argument_checks, wrapping_tests_each_record_before_its_payload) {
@@ -170,25 +145,22 @@ TEST(wrap_argument_checks, no_record_array_is_a_null_pointer) {
 const bytes k_stitched = single_plane(4, 2, "stch", box("stch", counting(4)) + box("tile", counting(4)));
 
 TEST(wrap_argument_checks, reading_wraps_tests_pointers_then_record_sizes) {
-    decoder with;
-    for (unsigned mask = 0; mask < 16; ++mask) {
-        for (const uint64_t up_size : k_frame_sizes) {
-            for (const uint32_t count : {0u, 1u, 2u}) {
-                SCOPED_TRACE(testing::Message() << mask << ", " << up_size << ", " << count);
-                frame_params up = frame_record(0, 0, 77, 0);
-                up.size = up_size;
+    decoder in;
+    for (const uint32_t count : {0u, 1u, 2u}) {
+        SCOPED_TRACE(testing::Message() << count << " records");
+        for (const bool no_records : {false, true}) {
+            for_each_frame_argument(3, frame_record(0, 0, 77, 0), [&](arguments& with) {
                 std::vector<wrap_params> records = {wrap_record(77, 77), wrap_record(77, 77)};
-                const bool null = (mask & 7) != 0 || ((mask & 8) != 0 && count != 0);
-                const uint32_t expected = null ? 2 : up_size != 36 ? 3 : 0;
-                ASSERT_EQ(
-                    QVRUncompressed_ReadWrapMetadata(unless(mask, 0, with.handle()), unless(mask, 1, k_stitched.data()),
-                                                     static_cast<uint32_t>(k_stitched.size()), unless(mask, 2, &up),
-                                                     unless(mask, 3, records.data()), count),
-                    expected);
-                ASSERT_EQ(up.width, expected == 0 ? 4u : 77u);
+                const uint32_t expected = no_records && count != 0 ? 2 : with.expected;
+                ASSERT_EQ(QVRUncompressed_ReadWrapMetadata(
+                              with.unless_null(0, in.handle()), with.unless_null(1, k_stitched.data()),
+                              static_cast<uint32_t>(k_stitched.size()), with.unless_null(2, &with.up),
+                              no_records ? nullptr : records.data(), count),
+                          expected);
+                ASSERT_EQ(with.up.width, expected == 0 ? 4u : 77u);
                 ASSERT_EQ(records[0].wrapType, expected == 0 && count > 0 ? 2u : 77u);
                 ASSERT_EQ(records[1].wrapType, expected == 0 && count > 1 ? 3u : 77u);
-            }
+            });
         }
     }
 }
@@ -210,27 +182,22 @@ TEST(wrap_argument_checks, reading_wraps_looks_at_each_counted_record) {
 }
 
 TEST(wrap_argument_checks, unwrapping_tests_pointers_then_the_record_size) {
-    decoder with;
+    decoder in;
     const wrap_params record = wrap_record(2, 4);
-    for (unsigned mask = 0; mask < 32; ++mask) {
-        for (const uint64_t up_size : k_frame_sizes) {
-            SCOPED_TRACE(testing::Message() << mask << ", " << up_size);
-            frame_params up = frame_record(0, 0, 4, 2);
-            up.size = up_size;
+    for (const bool no_target : {false, true}) {  // which is no error here
+        for_each_frame_argument(4, frame_record(0, 0, 4, 2), [&](const arguments& with) {
             bytes target(4, k_fill);
             uint8_t* const targets[] = {target.data()};
             uint8_t dst[8] = {};
             uint32_t written = k_untouched;
-            // Bit 4 is dst, which may be null here.
-            const uint32_t expected = (mask & 15) != 0 ? 2 : up_size != 36 ? 3 : 0;
             ASSERT_EQ(QVRUncompressed_DecodeAndUnwrapFrame(
-                          unless(mask, 0, with.handle()), unless(mask, 1, &up), &record, 1,
-                          unless(mask, 2, k_stitched.data()), static_cast<uint32_t>(k_stitched.size()),
-                          unless(mask, 4, static_cast<uint8_t*>(dst)), 8, unless(mask, 3, targets), &written),
-                      expected);
-            ASSERT_EQ(written, expected == 0 ? 0u : k_untouched);
-            ASSERT_EQ(target == counting(4), expected == 0);
-        }
+                          with.unless_null(0, in.handle()), with.unless_null(1, &with.up), &record, 1,
+                          with.unless_null(2, k_stitched.data()), static_cast<uint32_t>(k_stitched.size()),
+                          no_target ? nullptr : dst, 8, with.unless_null(3, targets), &written),
+                      with.expected);
+            ASSERT_EQ(written, with.expected == 0 ? 0u : k_untouched);
+            ASSERT_EQ(target == counting(4), with.expected == 0);
+        });
     }
 }
 

@@ -233,20 +233,96 @@ void throw_number(const char*, void* user_data) {
     throw 42;
 }
 
+// What a handle is asked to do, each way bound to fail: the error callback throws each time.
+struct failing_call {
+    const char* name;
+    uint32_t (*make)(QVRUncompressed_Encoder, QVRUncompressed_Decoder, uint8_t*, uint32_t*);
+};
+
+const failing_call k_failing_calls[] = {
+    {"encode",
+     [](QVRUncompressed_Encoder with, QVRUncompressed_Decoder, uint8_t* buffer, uint32_t* written) {
+         const frame_params up = frame_record(14, 1, 2, 1);
+         const stream_params cp = raw_alpha();
+         return QVRUncompressed_EncodeFrame(with, &up, &cp, buffer, 1, buffer + 8, 56, written);
+     }},
+    {"encode and wrap",
+     [](QVRUncompressed_Encoder with, QVRUncompressed_Decoder, uint8_t* buffer, uint32_t* written) {
+         const frame_params up = frame_record(14, 1, 2, 1);
+         const stream_params cp = raw_alpha();
+         const wrap_params record = wrap_record(1, 4);
+         const uint8_t* const payload = buffer;
+         return QVRUncompressed_EncodeAndWrapFrame(with, &up, &cp, &record, 1, buffer, 2, &payload, buffer + 8, 56,
+                                                   written);
+     }},
+    {"read metadata",
+     [](QVRUncompressed_Encoder, QVRUncompressed_Decoder with, uint8_t* buffer, uint32_t*) {
+         frame_params up = frame_record(14, 1, 2, 1);
+         return QVRUncompressed_ReadMetadata(with, buffer, 7, &up);
+     }},
+    {"read wrap metadata",
+     [](QVRUncompressed_Encoder, QVRUncompressed_Decoder with, uint8_t* buffer, uint32_t*) {
+         frame_params up = frame_record(14, 1, 2, 1);
+         wrap_params record = wrap_record(0, 0);
+         return QVRUncompressed_ReadWrapMetadata(with, buffer, 7, &up, &record, 1);
+     }},
+    {"decode",
+     [](QVRUncompressed_Encoder, QVRUncompressed_Decoder with, uint8_t* buffer, uint32_t* written) {
+         const frame_params up = frame_record(14, 1, 2, 1);
+         return QVRUncompressed_DecodeFrame(with, &up, buffer, 7, buffer + 8, 8, written);
+     }},
+    {"decode and unwrap",
+     [](QVRUncompressed_Encoder, QVRUncompressed_Decoder with, uint8_t* buffer, uint32_t* written) {
+         const frame_params up = frame_record(14, 1, 2, 1);
+         const wrap_params record = wrap_record(2, 4);
+         uint8_t* const payload = buffer + 32;
+         return QVRUncompressed_DecodeAndUnwrapFrame(with, &up, &record, 1, buffer, 7, buffer + 8, 8, &payload,
+                                                     written);
+     }},
+    {"decode a slice",
+     [](QVRUncompressed_Encoder, QVRUncompressed_Decoder with, uint8_t* buffer, uint32_t* written) {
+         const frame_params up = frame_record(14, 1, 1, 5);
+         const bytes stream = stream_with_a_broken_slice();
+         return QVRUncompressed_DecodeFrame(with, &up, stream.data(), static_cast<uint32_t>(stream.size()), buffer, 5,
+                                            written);
+     }},
+};
+
+void expect_good_calls(QVRUncompressed_Encoder out, QVRUncompressed_Decoder in) {
+    const frame_params up = frame_record(14, 1, 4, 2);
+    const stream_params cp = coded_alpha(2);
+    const bytes src = counting(8);
+    uint8_t stream[2048];
+    uint8_t raw[8] = {};
+    uint32_t written = 0;
+    EXPECT_EQ(QVRUncompressed_EncodeFrame(out, &up, &cp, src.data(), 8, stream, sizeof stream, &written), 0u);
+    EXPECT_EQ(QVRUncompressed_DecodeFrame(in, &up, stream, written, raw, 8, nullptr), 0u);
+    EXPECT_EQ(to_hex(raw, 8), to_hex(src));
+}
+
 TEST(callback, that_throws_is_swallowed_and_the_status_stands) {
     for (const QVRUncompressed_ErrorCallback_t callback : {&throw_runtime_error, &throw_number}) {
-        int calls = 0;
-        const QVRUncompressed_CodecConfig_t config = config_record(1, &calls, callback);
-        QVRUncompressed_Decoder handle = nullptr;
-        ASSERT_EQ(QVRUncompressed_CreateDecoder(&config, &handle), 0u);
-        const frame_params up = frame_record(14, 1, 2, 1);
-        uint8_t buffer[16] = {};
-        uint32_t written = k_untouched;
-        EXPECT_EQ(QVRUncompressed_DecodeFrame(handle, &up, buffer, 7, buffer + 8, 8, &written), 1u);
-        EXPECT_EQ(QVRUncompressed_DecodeFrame(handle, &up, buffer, 7, buffer + 8, 8, &written), 1u);
-        EXPECT_EQ(calls, 2);
-        EXPECT_EQ(written, k_untouched);
-        QVRUncompressed_DestroyDecoder(handle);
+        for (const uint32_t threads : {1u, 3u}) {
+            int calls = 0;
+            const QVRUncompressed_CodecConfig_t config = config_record(threads, &calls, callback);
+            QVRUncompressed_Encoder out = nullptr;
+            QVRUncompressed_Decoder in = nullptr;
+            ASSERT_EQ(QVRUncompressed_CreateEncoder(&config, &out), 0u);
+            ASSERT_EQ(QVRUncompressed_CreateDecoder(&config, &in), 0u);
+            for (const failing_call& call : k_failing_calls) {
+                SCOPED_TRACE(call.name);
+                uint8_t buffer[64] = {};
+                uint32_t written = k_untouched;
+                calls = 0;
+                EXPECT_EQ(call.make(out, in, buffer, &written), 1u);
+                EXPECT_EQ(call.make(out, in, buffer, &written), 1u);
+                EXPECT_EQ(calls, 2);
+                EXPECT_EQ(written, k_untouched);
+                expect_good_calls(out, in);
+            }
+            QVRUncompressed_DestroyEncoder(out);
+            QVRUncompressed_DestroyDecoder(in);
+        }
     }
 }
 

@@ -102,18 +102,6 @@ bool same_frame(const QVRUncompressed_UncompressedParams_t& left, const QVRUncom
     return std::memcmp(&left, &right, sizeof left) == 0;
 }
 
-std::string show(const QVRUncompressed_UncompressedParams_t& record) {
-    model::frame_params frame;
-    frame.order = record.colorComponentOrder;
-    frame.type = record.componentType;
-    frame.width = record.width;
-    frame.height = record.height;
-    frame.row_bytes = record.rowBytes;
-    frame.frame_layout = record.frameLayout;
-    frame.row_bytes2 = record.rowBytes2;
-    return describe(frame);
-}
-
 QVRUncompressed_UncompressedParams_t random_record(rng& random) {
     model::frame_params frame;
     frame.order = random.word();
@@ -132,7 +120,7 @@ std::string compare_frame_metadata(rng& random, codec& handles, const guarded_bu
     model.run([&] { expected = to_record(model::read_metadata(look(src))); });
     std::string text = compare_outcomes(outcome(status, handles.take_messages(), unwritten(model)), model);
     if (!same_frame(up.value(), expected)) {
-        text += "metadata is " + show(up.value()) + ", expected " + show(expected) + "\n";
+        text += "metadata is " + describe(to_model(up.value())) + ", expected " + describe(to_model(expected)) + "\n";
     }
     return text;
 }
@@ -160,7 +148,8 @@ std::string compare_wrap_metadata(rng& random, codec& handles, const guarded_buf
     });
     std::string text = compare_outcomes(outcome(status, handles.take_messages(), unwritten(model)), model);
     if (!same_frame(up.value(), expected)) {
-        text += "wrap frame metadata is " + show(up.value()) + ", expected " + show(expected) + "\n";
+        text += "wrap frame metadata is " + describe(to_model(up.value())) + ", expected " +
+                describe(to_model(expected)) + "\n";
     }
     if (!records.holds(wraps)) {
         text += "wrap records are " + describe(records.values()) + ", expected " + describe(wraps) + "\n";

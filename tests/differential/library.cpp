@@ -46,35 +46,6 @@ codec& codec_number(std::uint32_t index) {
     return *all[index % 4];
 }
 
-QVRUncompressed_UncompressedParams_t to_record(const model::frame_params& frame) {
-    QVRUncompressed_UncompressedParams_t record{};
-    record.size = sizeof record;
-    record.colorComponentOrder = frame.order;
-    record.componentType = frame.type;
-    record.width = frame.width;
-    record.height = frame.height;
-    record.rowBytes = frame.row_bytes;
-    record.frameLayout = frame.frame_layout;
-    record.rowBytes2 = frame.row_bytes2;
-    return record;
-}
-
-QVRUncompressed_CompressedParams_t to_record(const model::stream_params& stream) {
-    QVRUncompressed_CompressedParams_t record{};
-    record.size = sizeof record;
-    record.alphaCompression = stream.alpha_compression;
-    record.rleSlices = stream.rle_slices;
-    return record;
-}
-
-QVRUncompressed_WrapParams_t to_record(const model::wrap_params& wrap) {
-    QVRUncompressed_WrapParams_t record{};
-    record.size = sizeof record;
-    record.wrapType = wrap.type;
-    record.dataSize = wrap.size;
-    return record;
-}
-
 std::string describe(const model::frame_params& frame) {
     return "{order " + std::to_string(frame.order) + ", type " + std::to_string(frame.type) + ", " +
            std::to_string(frame.width) + "x" + std::to_string(frame.height) + ", rowBytes " +

@@ -9,8 +9,12 @@
 #include <vector>
 
 #include "model.h"
+#include "model_records.h"
 
 namespace differential {
+
+using test::to_model;
+using test::to_record;
 
 // One encoder and one decoder of the same thread count. Messages of failed
 // calls pile up until they are taken.
@@ -38,10 +42,6 @@ class codec {
 // Handles of 1, 2, 3 and 8 threads, made once. They serve all cases in turn,
 // so that what one call leaves behind in a handle meets the next.
 codec& codec_number(std::uint32_t index);
-
-QVRUncompressed_UncompressedParams_t to_record(const model::frame_params& frame);
-QVRUncompressed_CompressedParams_t to_record(const model::stream_params& stream);
-QVRUncompressed_WrapParams_t to_record(const model::wrap_params& wrap);
 
 std::string describe(const model::frame_params& frame);
 std::string describe(const model::stream_params& stream);

@@ -96,13 +96,11 @@ bool wrap_array::holds(const std::vector<model::wrap_params>& wraps) const {
 }
 
 std::vector<model::wrap_params> wrap_array::values() const {
-    std::vector<model::wrap_params> wraps;
-    for (std::size_t i = 0; i < original_.size(); ++i) {
-        QVRUncompressed_WrapParams_t record;
-        std::memcpy(&record, buffer_->data() + i * sizeof record, sizeof record);
-        wraps.push_back({record.wrapType, record.dataSize});
+    std::vector<QVRUncompressed_WrapParams_t> records(original_.size());
+    if (!records.empty()) {
+        std::memcpy(records.data(), buffer_->data(), records.size() * sizeof records[0]);
     }
-    return wraps;
+    return to_model(records);
 }
 
 }  // namespace differential

@@ -26,10 +26,9 @@ written_stream by_model(const encode_question& asked) {
     written_stream result;
     const model::frame_params up = to_model(asked.up);
     const model::stream_params cp = {asked.cp.alphaCompression, asked.cp.rleSlices};
-    std::vector<model::wrap_params> wraps;
+    const std::vector<model::wrap_params> wraps = to_model(asked.records);
     std::vector<model::view> payloads;
     for (size_t i = 0; i < asked.records.size(); ++i) {
-        wraps.push_back({asked.records[i].wrapType, asked.records[i].dataSize});
         payloads.push_back(view_of(asked.payloads[i]));
     }
     const auto count = static_cast<uint32_t>(wraps.size());

@@ -58,14 +58,6 @@ std::vector<size_t> payload_rooms(const question& asked) {
     return rooms;
 }
 
-std::vector<model::wrap_params> to_model(const std::vector<wrap_params>& records) {
-    std::vector<model::wrap_params> wraps;
-    for (const wrap_params& record : records) {
-        wraps.push_back({record.wrapType, record.dataSize});
-    }
-    return wraps;
-}
-
 void compare(const char* what, const std::string& actual, const std::string& expected) {
     if (actual != expected) {
         ADD_FAILURE() << what << ": " << actual << "\n  expected: " << expected;
@@ -91,23 +83,6 @@ bool same_bytes(const record& one, const record& other) {
 }
 
 }  // namespace
-
-model::frame_params to_model(const frame_params& up) {
-    model::frame_params frame;
-    frame.order = up.colorComponentOrder;
-    frame.type = up.componentType;
-    frame.width = up.width;
-    frame.height = up.height;
-    frame.row_bytes = up.rowBytes;
-    frame.frame_layout = up.frameLayout;
-    frame.row_bytes2 = up.rowBytes2;
-    return frame;
-}
-
-frame_params from_model(const model::frame_params& frame) {
-    return frame_record(frame.order, frame.type, frame.width, frame.height, frame.row_bytes, frame.row_bytes2,
-                        frame.frame_layout);
-}
 
 model::view view_of(const bytes& data) {
     static const uint8_t nothing = 0;  // an empty buffer is not an absent one
@@ -178,7 +153,7 @@ std::string prober::ask_metadata(const question& asked) {
     frame_params up = frame_record(77, 78, 79, 80, 81, 82, 83);
     frame_params expected_up = up;
     const std::string expected =
-        model_says([&] { expected_up = from_model(model::read_metadata(view_of(asked.stream))); });
+        model_says([&] { expected_up = to_record(model::read_metadata(view_of(asked.stream))); });
     const std::string actual = told(QVRUncompressed_ReadMetadata(handle(), source_.data(), source_.size(), &up));
     compare("metadata", actual, expected);
     EXPECT_TRUE(same_bytes(up, expected_up)) << "metadata record";
@@ -193,12 +168,12 @@ std::string prober::ask_wrap_metadata(const question& asked) {
     std::vector<wrap_params> expected_records = records;
     const std::string expected = model_says([&] {
         const model::wrap_metadata read = model::read_wrap_metadata(view_of(asked.stream), count);
-        expected_up = from_model(read.frame);
+        expected_up = to_record(read.frame);
         if (!read.failure_text.empty()) {
             throw model::failure(read.failure_text);
         }
         for (uint32_t i = 0; i < count; ++i) {
-            expected_records[i] = wrap_record(read.wraps[i].type, read.wraps[i].size);
+            expected_records[i] = to_record(read.wraps[i]);
         }
     });
     const std::string actual =
@@ -315,10 +290,10 @@ answers prober::ask(const question& asked) {
 answers prober::ask_trusting(const bytes& stream) {
     question asked = {stream, frame_record(14, 1, 0, 0), {}};
     model_says([&] {
-        asked.up = from_model(model::read_metadata(view_of(stream)));
+        asked.up = to_record(model::read_metadata(view_of(stream)));
         const uint32_t count = model::read_wrap_count(view_of(stream));
         for (const model::wrap_params& wrap : model::read_wrap_metadata(view_of(stream), count).wraps) {
-            asked.records.push_back(wrap_record(wrap.type, wrap.size));
+            asked.records.push_back(to_record(wrap));
         }
     });
     if (asked.records.empty()) {

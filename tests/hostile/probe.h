@@ -11,15 +11,16 @@
 
 #include "codec.h"
 #include "model.h"
+#include "model_records.h"
 #include "slot.h"
 
 namespace hostile {
 
 using test::frame_params;
+using test::to_model;
+using test::to_record;
 using test::wrap_params;
 
-model::frame_params to_model(const frame_params& up);
-frame_params from_model(const model::frame_params& frame);
 model::view view_of(const bytes& data);
 
 struct question {

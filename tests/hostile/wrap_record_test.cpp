@@ -122,17 +122,9 @@ struct written_case {
     uint32_t room = 0;
 };
 
-std::vector<model::wrap_params> model_records(const written_case& one) {
-    std::vector<model::wrap_params> wraps;
-    for (const wrap_params& record : one.records) {
-        wraps.push_back({record.wrapType, record.dataSize});
-    }
-    return wraps;
-}
-
 void expect_written_as_by_model(encoder& with, const written_case& one, uint32_t count) {
     const bytes src = counting(8, 1);
-    const std::vector<model::wrap_params> wraps = model_records(one);
+    const std::vector<model::wrap_params> wraps = to_model(one.records);
     std::vector<bytes> payloads;
     std::vector<model::view> views;
     for (const wrap_params& record : one.records) {
