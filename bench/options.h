@@ -28,7 +28,7 @@ struct options {
     std::uint32_t threads = 0;  // most that are tried; set to the processors there are when not given
 
     const frame_size& largest() const { return sizes.back(); }
-    effort how() const { return quick ? effort{7, 0.0005} : effort{21, 0.002}; }
+    effort how() const { return quick ? effort{9, 0.001} : effort{21, 0.002}; }
 };
 
 // Prints and exits on --help and on what cannot be parsed.
