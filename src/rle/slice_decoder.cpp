@@ -128,6 +128,7 @@ void decode_slices(coded_slice* slices, std::uint32_t count, const rle_kernels& 
                            slice.source_size,
                            0,
                            slice.rows.first,
+                           slice.rows.first,
                            sample_count(slice.rows),
                            sample_traits<Sample>::k_start,
                            0};

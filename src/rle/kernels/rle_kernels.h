@@ -56,15 +56,16 @@ extern template void assemble_some<std::uint16_t>(const run_list&, std::uint32_t
 struct slice_cursor {
     const std::uint8_t* source;  // to the end of the payload
     std::size_t source_size;
-    std::uint64_t position;  // in bits
-    std::uint8_t* out;       // rows without gaps
-    std::uint64_t left;      // samples
-    std::uint32_t last;      // the sample before, modulo 2^bit_depth
-    std::uint32_t slope;     // and what it is more than the one before it
+    std::uint64_t position;    // in bits
+    const std::uint8_t* rows;  // without gaps
+    std::uint8_t* out;         // the next of them
+    std::uint64_t left;        // samples
+    std::uint32_t last;        // the sample before, modulo 2^bit_depth
+    std::uint32_t slope;       // and what it is more than the one before it
 };
 
 // Decodes tokens of the slices, together, until one of them comes to a place that must be looked at more closely: near
-// an end of its source or of its rows, or at a token that is unusually long or wrong. May do nothing at all. Bytes of the
+// the start of its rows, an end of them or of its source, or at a token that is unusually long or wrong. May do nothing at all. Bytes of the
 // slice's rows that are not decoded yet may be overwritten.
 using decode_kernel = void (*)(slice_cursor* slices, std::uint32_t count);
 constexpr std::uint32_t k_slices_together = 2;  // at most
