@@ -52,6 +52,12 @@ void assemble_some(const run_list& runs, std::uint32_t first, std::uint32_t last
 extern template void assemble_some<std::uint8_t>(const run_list&, std::uint32_t, std::uint32_t, piece_list&);
 extern template void assemble_some<std::uint16_t>(const run_list&, std::uint32_t, std::uint32_t, piece_list&);
 
+// The definition: a piece for each token.
+template <class Sample>
+void assemble_scalar(const run_list& runs, piece_list& pieces);
+extern template void assemble_scalar<std::uint8_t>(const run_list&, piece_list&);
+extern template void assemble_scalar<std::uint16_t>(const run_list&, piece_list&);
+
 // How far the decoding of a slice has come.
 struct slice_cursor {
     const std::uint8_t* source;  // to the end of the payload
@@ -93,10 +99,10 @@ decode_kernel decode(const rle_kernels& kernels) {
     return sizeof(Sample) == 1 ? kernels.decode_8 : kernels.decode_16;
 }
 
+// A table for each instruction set. Constants: not a line of an instruction set's code runs on a processor without it.
+extern const rle_kernels k_scalar_rle_kernels;
+extern const rle_kernels k_ssse3_rle_kernels;
+extern const rle_kernels k_avx2_rle_kernels;
+
 // The best kernels for a processor with these features.
 const rle_kernels& rle_kernels_for(cpu_features features);
-
-// Each instruction set replaces what it does better.
-void use_scalar(rle_kernels& kernels);
-void use_ssse3(rle_kernels& kernels);
-void use_avx2(rle_kernels& kernels);
