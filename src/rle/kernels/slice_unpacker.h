@@ -99,7 +99,7 @@ class slice_unpacker {
     // can then be found without asking whether the run is empty.
     bool step_8() {
         __m128i level = _mm_set1_epi8(static_cast<char>(last));
-        std::uint32_t row = slope * k_lanes;  // of the table of lines
+        std::size_t row = slope * k_lanes;  // of the table of lines
         std::uint32_t entry = 0;
         std::uint32_t taken = 0;
         for (unsigned i = 0; i < k_tokens_a_refill; ++i) {
@@ -115,7 +115,7 @@ class slice_unpacker {
         }
         available -= taken & 0xff;
         last = static_cast<std::uint32_t>(_mm_cvtsi128_si32(level)) & 0xff;
-        slope = row / k_lanes;
+        slope = static_cast<std::uint32_t>(row / k_lanes);
         return entry != k_longer_token || long_token();
     }
 
