@@ -55,8 +55,13 @@ void store(std::uint8_t* out, std::uint64_t index, Sample value) {
 // A straight line from the sample before: every sample is `step` more than the last.
 template <class Sample>
 void fill_line(std::uint8_t* out, std::uint64_t length, Sample before, Sample step) {
+    if (step == 0 && before % 256 == before >> (sample_traits<Sample>::k_depth - 8)) {
+        std::memset(out, before % 256, length * sizeof(Sample));
+        return;
+    }
     for (std::uint64_t i = 0; i < length; ++i) {
-        store(out, i, static_cast<Sample>(before + static_cast<std::uint32_t>(i + 1) * step));
+        before = static_cast<Sample>(before + step);
+        store(out, i, before);
     }
 }
 
@@ -127,6 +132,7 @@ void decode_slices(coded_slice* slices, std::uint32_t count, const rle_kernels& 
         cursors[active] = {slice.source,
                            slice.source_size,
                            0,
+                           slice.rows.first,
                            slice.rows.first,
                            sample_count(slice.rows),
                            sample_traits<Sample>::k_start,

@@ -52,19 +52,26 @@ void assemble_some(const run_list& runs, std::uint32_t first, std::uint32_t last
 extern template void assemble_some<std::uint8_t>(const run_list&, std::uint32_t, std::uint32_t, piece_list&);
 extern template void assemble_some<std::uint16_t>(const run_list&, std::uint32_t, std::uint32_t, piece_list&);
 
+// The definition: a piece for each token.
+template <class Sample>
+void assemble_scalar(const run_list& runs, piece_list& pieces);
+extern template void assemble_scalar<std::uint8_t>(const run_list&, piece_list&);
+extern template void assemble_scalar<std::uint16_t>(const run_list&, piece_list&);
+
 // How far the decoding of a slice has come.
 struct slice_cursor {
     const std::uint8_t* source;  // to the end of the payload
     std::size_t source_size;
-    std::uint64_t position;  // in bits
-    std::uint8_t* out;       // rows without gaps
-    std::uint64_t left;      // samples
-    std::uint32_t last;      // the sample before, modulo 2^bit_depth
-    std::uint32_t slope;     // and what it is more than the one before it
+    std::uint64_t position;    // in bits
+    const std::uint8_t* rows;  // without gaps
+    std::uint8_t* out;         // the next of them
+    std::uint64_t left;        // samples
+    std::uint32_t last;        // the sample before, modulo 2^bit_depth
+    std::uint32_t slope;       // and what it is more than the one before it
 };
 
 // Decodes tokens of the slices, together, until one of them comes to a place that must be looked at more closely: near
-// an end of its source or of its rows, or at a token that is unusually long or wrong. May do nothing at all. Bytes of the
+// the start of its rows, an end of them or of its source, or at a token that is unusually long or wrong. May do nothing at all. Bytes of the
 // slice's rows that are not decoded yet may be overwritten.
 using decode_kernel = void (*)(slice_cursor* slices, std::uint32_t count);
 constexpr std::uint32_t k_slices_together = 2;  // at most
@@ -92,10 +99,10 @@ decode_kernel decode(const rle_kernels& kernels) {
     return sizeof(Sample) == 1 ? kernels.decode_8 : kernels.decode_16;
 }
 
+// A table for each instruction set. Constants: not a line of an instruction set's code runs on a processor without it.
+extern const rle_kernels k_scalar_rle_kernels;
+extern const rle_kernels k_ssse3_rle_kernels;
+extern const rle_kernels k_avx2_rle_kernels;
+
 // The best kernels for a processor with these features.
 const rle_kernels& rle_kernels_for(cpu_features features);
-
-// Each instruction set replaces what it does better.
-void use_scalar(rle_kernels& kernels);
-void use_ssse3(rle_kernels& kernels);
-void use_avx2(rle_kernels& kernels);

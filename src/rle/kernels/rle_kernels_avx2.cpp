@@ -240,11 +240,7 @@ void assemble_avx2(const run_list& runs, piece_list& pieces) {
 
 }  // namespace
 
-void use_avx2(rle_kernels& kernels) {
-    kernels.find_runs_8 = find_runs_avx2<lanes_8>;
-    kernels.find_runs_16 = find_runs_avx2<lanes_16>;
-    kernels.decode_8 = decode_avx2<lanes_8>;
-    kernels.decode_16 = decode_avx2<lanes_16>;
-    kernels.assemble_8 = assemble_avx2<std::uint8_t>;
-    kernels.assemble_16 = assemble_avx2<std::uint16_t>;
-}
+const rle_kernels k_avx2_rle_kernels = {
+    find_runs_avx2<lanes_8>,      find_runs_avx2<lanes_16>, assemble_avx2<std::uint8_t>,
+    assemble_avx2<std::uint16_t>, decode_avx2<lanes_8>,     decode_avx2<lanes_16>,
+};

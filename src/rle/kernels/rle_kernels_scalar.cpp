@@ -50,11 +50,8 @@ std::uint32_t find_runs_scalar(const std::uint8_t* samples, std::uint32_t count,
     return count;
 }
 
-template <class Sample>
-void assemble_scalar(const run_list& runs, piece_list& pieces) {
-    pieces.count = 0;
-    assemble_some<Sample>(runs, 0, runs.count - 1, pieces);
-}
+// Looking closely at every token is the definition of decoding.
+void decode_nothing(slice_cursor*, std::uint32_t) {}
 
 }  // namespace
 
@@ -71,13 +68,20 @@ void assemble_some(const run_list& runs, std::uint32_t first, std::uint32_t last
 template void assemble_some<std::uint8_t>(const run_list&, std::uint32_t, std::uint32_t, piece_list&);
 template void assemble_some<std::uint16_t>(const run_list&, std::uint32_t, std::uint32_t, piece_list&);
 
-void use_scalar(rle_kernels& kernels) {
-    // Looking closely at every token is the definition of decoding.
-    const decode_kernel decode_nothing = [](slice_cursor*, std::uint32_t) {};
-    kernels = {find_runs_scalar<std::uint8_t>,
-               find_runs_scalar<std::uint16_t>,
-               assemble_scalar<std::uint8_t>,
-               assemble_scalar<std::uint16_t>,
-               decode_nothing,
-               decode_nothing};
+template <class Sample>
+void assemble_scalar(const run_list& runs, piece_list& pieces) {
+    pieces.count = 0;
+    assemble_some<Sample>(runs, 0, runs.count - 1, pieces);
 }
+
+template void assemble_scalar<std::uint8_t>(const run_list&, piece_list&);
+template void assemble_scalar<std::uint16_t>(const run_list&, piece_list&);
+
+const rle_kernels k_scalar_rle_kernels = {
+    find_runs_scalar<std::uint8_t>,
+    find_runs_scalar<std::uint16_t>,
+    assemble_scalar<std::uint8_t>,
+    assemble_scalar<std::uint16_t>,
+    decode_nothing,
+    decode_nothing,
+};

@@ -75,9 +75,7 @@ struct lanes_16 : lanes {
 
 }  // namespace
 
-void use_ssse3(rle_kernels& kernels) {
-    kernels.find_runs_8 = run_finder<lanes_8>::find;
-    kernels.find_runs_16 = run_finder<lanes_16>::find;
-    kernels.decode_8 = slice_unpacker<lanes_8>::decode;
-    kernels.decode_16 = slice_unpacker<lanes_16>::decode;
-}
+const rle_kernels k_ssse3_rle_kernels = {
+    run_finder<lanes_8>::find,      run_finder<lanes_16>::find,      assemble_scalar<std::uint8_t>,
+    assemble_scalar<std::uint16_t>, slice_unpacker<lanes_8>::decode, slice_unpacker<lanes_16>::decode,
+};

@@ -5,6 +5,8 @@
 // no two of them share a function.
 #pragma once
 
+#include <tmmintrin.h>
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -18,10 +20,11 @@ class slice_unpacker {
     using sample = typename Lanes::sample;
     using traits = sample_traits<sample>;
 
-    static constexpr std::uint32_t k_lanes = 16;  // samples that are written at once
+    static constexpr std::size_t k_lanes = 16;  // samples that are written at once
     using vector [[gnu::vector_size(k_lanes * sizeof(sample))]] = sample;
 
     static constexpr auto k_tokens = make_token_table<sample>();
+    static constexpr std::uint32_t k_longer_token = ::k_longer_token<sample>;
     static constexpr unsigned k_most_token_bits = sizeof(sample) == 1 ? k_table_bits : k_table_bits + traits::k_depth;
     static constexpr unsigned k_full = 56;  // bits that are there after a refill, at least
     static constexpr unsigned k_tokens_a_refill = k_full / k_most_token_bits;
@@ -29,6 +32,11 @@ class slice_unpacker {
 
   public:
     static void decode(slice_cursor* slices, std::uint32_t count) {
+        for (std::uint32_t i = 0; i < count; ++i) {
+            if (slices[i].out == slices[i].rows) {
+                return;  // a vector begins with the sample before
+            }
+        }
         slice_unpacker first(slices[0]);
         if (count == 1) {
             while (first.can_go_on() && first.step()) {
@@ -64,97 +72,107 @@ class slice_unpacker {
         slice.slope = static_cast<sample>(slope);
     }
 
-    [[gnu::always_inline]] bool can_refill() const { return in_end - in >= 8; }
-    [[gnu::always_inline]] bool can_go_on() const { return can_refill() && static_cast<std::size_t>(out_end - out) >= k_margin; }
+    bool can_refill() const { return in_end - in >= 8; }
+    bool can_go_on() const { return can_refill() && static_cast<std::size_t>(out_end - out) >= k_margin; }
 
     // Loads eight bytes behind the bits that are there and moves on by those that fit whole.
-    [[gnu::always_inline]] void refill() {
+    void refill() {
         std::uint64_t next;
         std::memcpy(&next, in, sizeof next);
         bits |= __builtin_bswap64(next) >> available;
         in += (63 - available) >> 3;
         available |= 56;
     }
-    [[gnu::always_inline]] void take(unsigned count) {
+    void take(unsigned count) {
         bits <<= count;
         available -= count;
     }
 
-    // As many tokens as a refill gives, or one that is not in the table. False where that cannot be done.
-    [[gnu::always_inline]] bool step() {
+    // As many tokens as a refill gives, or up to one that is not in the table. False where that cannot be done.
+    bool step() {
         refill();
-        for (unsigned i = 0; i < k_tokens_a_refill; ++i) {
-            const std::uint32_t entry = k_tokens[bits >> (64 - k_table_bits)];
-            if (!table_token(entry)) {
-                return long_token();
-            }
-        }
-        return true;
+        return sizeof(sample) == 1 ? step_8() : step_16();
     }
 
-    // A run of up to 15 samples on a straight line: slope is its own from the first sample on.
-    [[gnu::always_inline]] bool table_token(std::uint32_t entry) {
-        if (entry == 0) {
-            return false;
+    // An entry that stands for a longer token takes no bits and writes no samples, so that it comes again and again and
+    // one look at the end is enough. A vector begins with the sample before the run, because the last sample of a run
+    // can then be found without asking whether the run is empty.
+    bool step_8() {
+        __m128i level = _mm_set1_epi8(static_cast<char>(last));
+        std::size_t row = slope * k_lanes;  // of the table of lines
+        std::uint32_t entry = 0;
+        std::uint32_t taken = 0;
+        for (unsigned i = 0; i < k_tokens_a_refill; ++i) {
+            entry = k_tokens[bits >> (64 - k_table_bits)];
+            bits <<= entry & 63;
+            taken += entry;
+            row = ((entry >> 12 & row) + (entry >> 20)) & (0xff * k_lanes);
+            const __m128i line = _mm_add_epi8(level, load_row(k_lines, row));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out - 1), line);
+            const std::uint32_t length = entry >> 8 & 0xff;
+            out += length;
+            level = _mm_shuffle_epi8(line, load_row(k_lanes_alone, std::size_t{length} * k_lanes));
         }
-        std::uint32_t length;
-        if (sizeof(sample) == 1) {
-            slope = ((entry >> 16 & slope) + (entry >> 8)) & 0xff;
-            length = entry >> 24;
-            take_low(entry & 0xff);
-        } else {
+        available -= taken & 0xff;
+        last = static_cast<std::uint32_t>(_mm_cvtsi128_si32(level)) & 0xff;
+        slope = static_cast<std::uint32_t>(row / k_lanes);
+        return entry != k_longer_token || long_token();
+    }
+
+    bool step_16() {
+        for (unsigned i = 0; i < k_tokens_a_refill; ++i) {
+            const std::uint32_t entry = k_tokens[bits >> (64 - k_table_bits)];
             const auto low = static_cast<std::uint32_t>(bits << (entry >> 6 & 63) >> (entry >> 12 & 63));
             const std::uint32_t code = (entry >> 12 & 0x3c0) + low;
             const std::uint32_t residual = (code >> 1) ^ (0 - (code & 1));
-            if ((entry >> 30 & 1) != 0 && residual != 0) {
-                return false;
+            const bool bends = (entry >> 30 & 1) != 0 && residual != 0;
+            if (entry == k_longer_token || bends) {
+                return long_token();
             }
+            take(entry & 63);
+            // All bits or none of the slope before, by the sign.
             slope = (slope & static_cast<std::uint32_t>(static_cast<std::int32_t>(entry) >> 31)) + residual;
-            length = entry >> 22 & 15;
-            take_low(entry & 63);
+            vector line;
+            continue_line(line);
+            std::memcpy(out, &line, sizeof line);
+            const std::uint32_t length = entry >> 22 & 15;
+            out += length * sizeof(sample);
+            last += length * slope;
         }
-        if (length == 1) {
-            last += slope;
-            const auto value = static_cast<sample>(last);
-            std::memcpy(out, &value, sizeof value);
-            out += sizeof value;
-            return true;
-        }
-        vector line;
-        continue_line(line);
-        std::memcpy(out, &line, sizeof line);
-        out += length * sizeof(sample);
-        last += length * slope;
         return true;
-    }
-    [[gnu::always_inline]] void take_low(unsigned count) {
-        bits <<= count & 63;
-        available -= count;
     }
 
     // The next k_lanes samples on the line.
-    [[gnu::always_inline]] void continue_line(vector& line) const {
-        if constexpr (sizeof(sample) == 1) {
-            std::memcpy(&line, k_lines.data() + slope * k_lanes, sizeof line);
-        } else {
-            constexpr vector k_count = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
-            line = k_count * static_cast<sample>(slope);
-        }
-        line += static_cast<sample>(last);
+    void continue_line(vector& line) const {
+        constexpr vector k_count = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
+        line = k_count * static_cast<sample>(slope) + static_cast<sample>(last);
     }
-    static constexpr std::array<std::uint8_t, 256 * k_lanes> make_lines() {
-        std::array<std::uint8_t, 256 * k_lanes> lines{};
-        for (unsigned step = 0; step < 256; ++step) {
-            for (unsigned i = 0; i < k_lanes; ++i) {
-                lines[step * k_lanes + i] = static_cast<std::uint8_t>((i + 1) * step);
-            }
+
+    using row_table = std::array<std::uint8_t, 256 * k_lanes>;
+    static __m128i load_row(const row_table& table, std::size_t row) {
+        return _mm_load_si128(reinterpret_cast<const __m128i*>(table.data() + row));
+    }
+    // For every slope, what the samples from the one before are more than that.
+    static constexpr row_table make_lines() {
+        row_table lines{};
+        for (unsigned i = 0; i < lines.size(); ++i) {
+            lines[i] = static_cast<std::uint8_t>(i / k_lanes * (i % k_lanes));
         }
         return lines;
     }
-    alignas(64) static constexpr auto k_lines = make_lines();
+    // For every lane, the shuffle that puts it into all lanes.
+    static constexpr row_table make_lanes_alone() {
+        row_table shuffles{};
+        for (unsigned i = 0; i < k_lanes * k_lanes; ++i) {
+            shuffles[i] = static_cast<std::uint8_t>(i / k_lanes);
+        }
+        return shuffles;
+    }
+    alignas(64) static constexpr row_table k_lines = make_lines();
+    alignas(64) static constexpr row_table k_lanes_alone = make_lanes_alone();
 
     // Any token of up to 56 bits, field by field.
-    [[gnu::always_inline]] bool long_token() {
+    bool long_token() {
         if (!can_refill()) {
             return false;
         }
@@ -197,7 +215,7 @@ class slice_unpacker {
         return true;
     }
 
-    [[gnu::always_inline]] void write_bend(std::uint64_t length, std::uint32_t residual) {
+    void write_bend(std::uint64_t length, std::uint32_t residual) {
         for (std::uint64_t i = 0; i < length; ++i) {
             slope = static_cast<sample>(slope + residual);
             last += slope;
@@ -207,7 +225,7 @@ class slice_unpacker {
         }
     }
 
-    [[gnu::always_inline]] void write_long_line(std::uint64_t length) {
+    void write_long_line(std::uint64_t length) {
         const auto level_sample = static_cast<sample>(last);
         std::uint8_t* const end = out + length * sizeof(sample);
         if (slope == 0 && length >= 512 && level_sample % 256 == level_sample >> (traits::k_depth - 8)) {
@@ -218,7 +236,7 @@ class slice_unpacker {
         slope = static_cast<sample>(slope);
         vector line;
         continue_line(line);
-        const auto step = static_cast<sample>(slope * k_lanes);
+        const auto step = static_cast<sample>(slope * static_cast<std::uint32_t>(k_lanes));
         for (; static_cast<std::size_t>(end - out) >= sizeof line; out += sizeof line) {
             std::memcpy(out, &line, sizeof line);
             line += step;

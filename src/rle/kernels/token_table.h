@@ -45,10 +45,16 @@ constexpr token_prefix read_prefix(std::uint32_t window) {
     return prefix;
 }
 
-// An entry is 0 for a token that must be read field by field, or else
-//   8-bit samples    bits 0..7 of the token    8..15 residual    16..23 second order: 0xff    24..31 length of the run
+// An entry for a token that must be read field by field: to 8-bit samples one of second order without bits and samples.
+template <class Sample>
+constexpr std::uint32_t k_longer_token = sizeof(Sample) == 1 ? 0xff0000 : 0;
+
+// All other entries are
+//   8-bit samples    bits 0..7 of the token    8..15 length of the run    16..23 second order: 0xff    24..31 residual
 //   16-bit samples   bits 0..5 of the token    6..11 of its prefix    12..17 bits that are not the code's, of 64
-//                    18..21 quotient           22..25 length of the run    31 second order
+//                    18..21 quotient           22..25 length of the run
+//                    30 second order and longer than one sample              31 second order
+// A run of second order whose residual is not 0 bends, and is not for the table if it is longer than one sample.
 template <class Sample>
 constexpr std::uint32_t table_entry(std::uint32_t window) {
     using traits = sample_traits<Sample>;
@@ -56,7 +62,7 @@ constexpr std::uint32_t table_entry(std::uint32_t window) {
     const unsigned code_bits = prefix.rice ? traits::k_low_bits : traits::k_depth;
     const unsigned bits = prefix.bits + code_bits;
     if (prefix.length == 0) {
-        return 0;
+        return k_longer_token<Sample>;
     }
     if (traits::k_depth == 16) {
         const std::uint32_t order = prefix.second_order ? 1 : 0;
@@ -65,15 +71,15 @@ constexpr std::uint32_t table_entry(std::uint32_t window) {
                may_bend << 30 | order << 31;
     }
     if (bits > k_table_bits) {
-        return 0;
+        return k_longer_token<Sample>;
     }
     const std::uint32_t low = window >> (k_table_bits - bits) & ((1u << code_bits) - 1);
     const std::uint32_t code = (prefix.quotient << code_bits) + low;
     const std::uint32_t residual = (code >> 1) ^ (0 - (code & 1));
     if (prefix.second_order && prefix.length > 1 && residual != 0) {
-        return 0;
+        return k_longer_token<Sample>;
     }
-    return bits | (residual & 0xff) << 8 | (prefix.second_order ? 0xff0000u : 0u) | prefix.length << 24;
+    return bits | prefix.length << 8 | (prefix.second_order ? 0xff0000u : 0u) | residual << 24;
 }
 
 template <class Sample>

@@ -34,9 +34,8 @@ inline simde__m512i multiply_high(simde__m512i a, simde__m512i b) {
     });
 }
 inline simde__m512i multiply_add(simde__m512i a, simde__m512i b) {
-    return each_of<std::int32_t, std::int16_t>(a, b, [](auto& x, auto& y, unsigned i) {
-        return x[2 * i] * y[2 * i] + x[2 * i + 1] * y[2 * i + 1];
-    });
+    return each_of<std::int32_t, std::int16_t>(
+        a, b, [](auto& x, auto& y, unsigned i) { return x[2 * i] * y[2 * i] + x[2 * i + 1] * y[2 * i + 1]; });
 }
 inline simde__m512i shift_right_arithmetic(simde__m512i a, unsigned bits) {
     return each_of<std::int32_t, std::int32_t>(a, a, [=](auto& x, auto&, unsigned i) { return x[i] >> bits; });
