@@ -183,6 +183,7 @@ def latency(results):
     for row in results.named("latency/"):
         _, what, *rest, _ = row["name"].split("/")
         which = rest[0].replace("-", " ") if "threads" in rest[0] else "16 x 16 RGBA U8"
+        which = "1 thread" if which == "1 threads" else which
         factor = f"{number(row['median'])} x the speed" if row["median"] >= 1 else f"{number(1 / row['median'])} x the time"
         rows.append([f"{words(what)}, {which}", f"{factor} of {row['measure']}"])
     return table(["", "beside"], rows)
@@ -192,7 +193,7 @@ def allocations(results):
     rows = results.named("allocations/")
     worst = max(rows, key=lambda row: row["median"])
     if worst["median"] == 0:
-        return f"Allocations a call, once a handle has seen its first frame: none, in all {len(rows)} cases counted."
+        return f"Allocations a call, once a handle has seen its first frames: none, in all {len(rows)} cases counted."
     return f"Allocations a call: up to {worst['median']:g} ({worst['name']}, {worst['measure']})."
 
 
@@ -200,7 +201,7 @@ def goals(results):
     rows = []
     for row in results.goals.values():
         if row["measured"]:
-            told = [number(row["value"]), f"{row['threshold']:g}", "met" if row["met"] else "missed"]
+            told = [f"{row['value']:.3g}", f"{row['threshold']:g}", "met" if row["met"] else "missed"]
         else:
             told = ["", f"{row['threshold']:g}", "not measured"]
         rows.append([row["goal"], row["beside"].split(".")[0], pixel_size(row["size"])] + told)
