@@ -72,29 +72,29 @@ constexpr block_permutations make_block_permutations(const pixel_map& map, unsig
 namespace block_shape {
 
 struct pair {  // two samples change places: every vector by itself
-    static constexpr unsigned ins = 1, outs = 1;
-    static constexpr bool takes[1][1] = {{true}};
+    static constexpr unsigned k_ins = 1, k_outs = 1;
+    static constexpr bool k_takes[1][1] = {{true}};
 };
 struct triple {  // three samples change places
-    static constexpr unsigned ins = 3, outs = 3;
-    static constexpr bool takes[3][3] = {{true, true, false}, {true, true, true}, {false, true, true}};
+    static constexpr unsigned k_ins = 3, k_outs = 3;
+    static constexpr bool k_takes[3][3] = {{true, true, false}, {true, true, true}, {false, true, true}};
 };
 struct split_3 {  // two colours and an alpha are taken apart
-    static constexpr unsigned ins = 3, outs = 3;
-    static constexpr bool takes[3][3] = {{true, true, false}, {false, true, true}, {true, true, true}};
+    static constexpr unsigned k_ins = 3, k_outs = 3;
+    static constexpr bool k_takes[3][3] = {{true, true, false}, {false, true, true}, {true, true, true}};
 };
 struct merge_3 {
-    static constexpr unsigned ins = 3, outs = 3;
-    static constexpr bool takes[3][3] = {{true, false, true}, {true, true, true}, {false, true, true}};
+    static constexpr unsigned k_ins = 3, k_outs = 3;
+    static constexpr bool k_takes[3][3] = {{true, false, true}, {true, true, true}, {false, true, true}};
 };
 struct split_4 {  // three colours and an alpha
-    static constexpr unsigned ins = 4, outs = 4;
-    static constexpr bool takes[4][4] = {
+    static constexpr unsigned k_ins = 4, k_outs = 4;
+    static constexpr bool k_takes[4][4] = {
         {true, true, false, false}, {false, true, true, false}, {false, false, true, true}, {true, true, true, true}};
 };
 struct merge_4 {
-    static constexpr unsigned ins = 4, outs = 4;
-    static constexpr bool takes[4][4] = {
+    static constexpr unsigned k_ins = 4, k_outs = 4;
+    static constexpr bool k_takes[4][4] = {
         {true, false, false, true}, {true, true, false, true}, {false, true, true, true}, {false, false, true, true}};
 };
 
@@ -103,7 +103,7 @@ template <class Shape>
 constexpr bool covers(const block_permutation& permutation) {
     for (unsigned out = 0; out < k_most_block_vectors; ++out) {
         for (unsigned in = 0; in < k_most_block_vectors; ++in) {
-            const bool has = out < Shape::outs && in < Shape::ins && Shape::takes[out][in];
+            const bool has = out < Shape::k_outs && in < Shape::k_ins && Shape::k_takes[out][in];
             if (permutation.takes(out, in) && !has) {
                 return false;
             }

@@ -6,7 +6,7 @@
 namespace {
 
 struct vector_256 {
-    static constexpr unsigned lanes = 2;
+    static constexpr unsigned k_lanes = 2;
 
     __m256i v;
 

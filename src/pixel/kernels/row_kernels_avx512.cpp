@@ -6,7 +6,7 @@
 namespace {
 
 struct vector_512 {
-    static constexpr unsigned lanes = 4;
+    static constexpr unsigned k_lanes = 4;
 
     __m512i v;
 
@@ -25,7 +25,7 @@ struct vector_512 {
         regroup<count>(block, in_order, [](unsigned piece) { return place{piece % count, piece / count}; });
 #pragma GCC unroll 4
         for (unsigned i = 0; i < count; ++i) {
-            in_order[i].store(to + 64 * i);
+            in_order[i].store(to + std::size_t{64} * i);
         }
     }
     template <unsigned count>
@@ -36,8 +36,8 @@ struct vector_512 {
             in_order[i] = block[i];
         }
         regroup<count>(in_order, block, [](unsigned piece) {
-            const unsigned at = piece % lanes * count + piece / lanes;
-            return place{at / lanes, at % lanes};
+            const unsigned at = piece % k_lanes * count + piece / k_lanes;
+            return place{at / k_lanes, at % k_lanes};
         });
     }
 
@@ -145,9 +145,9 @@ struct vector_512 {
             alignas(64) long long order[8];
             unsigned from_second_pair = 0;
 #pragma GCC unroll 4
-            for (unsigned lane = 0; lane < lanes; ++lane) {
-                const place at = source(out * lanes + lane);
-                const long long first = static_cast<long long>(at.vector % 2 * 8 + at.lane * 2);
+            for (std::size_t lane = 0; lane < k_lanes; ++lane) {
+                const place at = source(out * k_lanes + static_cast<unsigned>(lane));
+                const unsigned first = at.vector % 2 * 8 + at.lane * 2;
                 order[2 * lane] = first;
                 order[2 * lane + 1] = first + 1;
                 from_second_pair |= (at.vector >= 2 ? 3u : 0u) << (2 * lane);

@@ -98,7 +98,7 @@ void widen_unpack(const reorder_rule& rule, const std::uint8_t* high, const std:
         const std::size_t count = groups - done < step ? groups - done : step;
         const std::size_t first = done * rule.map.colours;
         widen<bits>(high + first, low + first * bits / 8, count * rule.map.colours, words);
-        scalar::unpack(rule, words, nullptr, count, caller + done * rule.group_bytes);
+        scalar::unpack(rule, words, words, count, caller + done * rule.group_bytes);  // without alpha
     }
 }
 

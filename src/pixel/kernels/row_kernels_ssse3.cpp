@@ -7,7 +7,7 @@ namespace {
 
 // One lane: nothing crosses, and blocks lie in memory as they are.
 struct vector_128 {
-    static constexpr unsigned lanes = 1;
+    static constexpr unsigned k_lanes = 1;
 
     __m128i v;
 
@@ -23,7 +23,7 @@ struct vector_128 {
     static void store_blocks(std::uint8_t* to, const vector_128 (&block)[count]) {
 #pragma GCC unroll 4
         for (unsigned i = 0; i < count; ++i) {
-            block[i].store(to + 16 * i);
+            block[i].store(to + std::size_t{16} * i);
         }
     }
 

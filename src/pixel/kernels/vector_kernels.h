@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 //
-// The row kernels for any vector width, written once. An instruction set supplies a vector type V of V::lanes 16-byte
+// The row kernels for any vector width, written once. An instruction set supplies a vector type V of V::k_lanes 16-byte
 // lanes, in which shuffles, packs and unpacks stay inside their lane, and the few operations that cross lanes.
 //
 // Every kernel is a loop over blocks of a fixed size. What is left of a row takes the same way through a block of its

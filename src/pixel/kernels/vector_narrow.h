@@ -63,8 +63,8 @@ struct vector_narrow {
         V lows[k_in_a_byte<bits>];
 #pragma GCC unroll 4
         for (unsigned i = 0; i < k_in_a_byte<bits>; ++i) {
-            const V front = reorder::template block_vector<2>(words + i * 2 * k_bytes, 0);
-            const V back = reorder::template block_vector<2>(words + i * 2 * k_bytes, 1);
+            const V front = reorder::template block_vector<2>(words + 2 * k_bytes * i, 0);
+            const V back = reorder::template block_vector<2>(words + 2 * k_bytes * i, 1);
             const V highs = high_bytes(front, back);
             (swaps ? highs.shuffle(swapped) : highs).store(high + i * k_bytes);
             lows[i] = low_bytes<bits>(front, back);
@@ -156,11 +156,11 @@ struct vector_narrow {
         V words[2 * colours];
 #pragma GCC unroll 2
         for (unsigned half = 0; half < 2; ++half) {
-            V in[Shape::ins];
+            V in[Shape::k_ins];
             V out[colours];
 #pragma GCC unroll 4
-            for (unsigned i = 0; i < Shape::ins; ++i) {
-                in[i] = reorder::template block_vector<2 * Shape::ins>(caller, half * Shape::ins + i);
+            for (unsigned i = 0; i < Shape::k_ins; ++i) {
+                in[i] = reorder::template block_vector<2 * Shape::k_ins>(caller, half * Shape::k_ins + i);
             }
             reorder::template permute_all<Shape>(in, by, out, std::make_integer_sequence<unsigned, colours>{});
 #pragma GCC unroll 4
@@ -189,11 +189,11 @@ struct vector_narrow {
         std::size_t surplus = 0;
         for (; samples >= block; samples -= block) {
             pack_narrow_block<Shape, colours, bits>(caller, by, high, lows.take(block));
-            caller += 2 * Shape::ins * k_bytes;
+            caller += 2 * Shape::k_ins * k_bytes;
             high += block;
         }
         if (samples != 0) {
-            std::uint8_t in[2 * Shape::ins * k_bytes] = {};
+            std::uint8_t in[2 * Shape::k_ins * k_bytes] = {};
             std::uint8_t out[block];
             std::memcpy(in, caller, samples / rule.map.colours * rule.group_bytes);
             pack_narrow_block<Shape, colours, bits>(in, by, out, lows.take(block));

@@ -10,7 +10,7 @@
 
 template <class V>
 struct vector_packed {
-    static constexpr std::size_t k_bytes = V::lanes * 16;
+    static constexpr std::size_t k_bytes = V::k_lanes * 16;
 
     // Eight samples are a unit; three units make two groups. Each is spread into words with the sample in the top bits:
     // the two bytes that hold it, and a multiplication that shifts it up.
@@ -52,21 +52,21 @@ struct vector_packed {
         V words(const std::uint8_t* packed, unsigned first) const {
             const V bytes = V::from_lanes([=](unsigned lane) {
                 const unsigned unit = first + 2 * lane;
-                return packed + unit / 3 * 32 + k_load[unit % 3];
+                return packed + std::size_t{32} * (unit / 3) + k_load[unit % 3];
             });
             return bytes.shuffle(spread[first % 3]).multiply_16(factors[first % 3]);
         }
     };
 
     // A block: three vectors of high bytes.
-    static constexpr std::size_t k_packed_block_groups = 4 * V::lanes;
+    static constexpr std::size_t k_packed_block_groups = 4 * V::k_lanes;
 
     static void narrow_packed_block(const packed_units& units, const std::uint8_t* packed, std::uint8_t* high,
                                     std::uint8_t* low_tile) {
 #pragma GCC unroll 3
         for (unsigned i = 0; i < 3; ++i) {
-            const V front = units.words(packed, i * 2 * V::lanes);
-            const V back = units.words(packed, i * 2 * V::lanes + 1);
+            const V front = units.words(packed, i * 2 * V::k_lanes);
+            const V back = units.words(packed, i * 2 * V::k_lanes + 1);
             vector_narrow<V>::high_bytes(front, back).store(high + i * k_bytes);
             vector_narrow<V>::template low_bytes<2>(front, back).store(low_tile + i * k_bytes);
         }
@@ -120,13 +120,13 @@ struct vector_packed {
                 for (unsigned i = 0; i < 16; ++i) {
                     front[i] = back[i] = low[i] = k_shuffle_zero;
                 }
-                for (unsigned word = 0; word < 4; ++word) {
-                    const unsigned high_at = 12 * group - high_start(group) + 3 * word;
+                for (std::size_t word = 0; word < 4; ++word) {
+                    const std::size_t high_at = 12 * group - high_start(group) + 3 * word;
                     front[4 * word] = static_cast<std::uint8_t>(high_at);
                     front[4 * word + 2] = static_cast<std::uint8_t>(high_at + 1);
                     back[4 * word + 2] = static_cast<std::uint8_t>(high_at + 2);
-                    const unsigned low_at = 3 * group - low_start(group) + (word < 2 ? 0 : 1);
-                    for (unsigned half = 0; half < 4; half += 2) {
+                    const std::size_t low_at = 3 * group - low_start(group) + (word < 2 ? 0 : 1);
+                    for (std::size_t half = 0; half < 4; half += 2) {
                         // Low bits of the first word alone in an upper byte: a shift down by 0 is none that a
                         // multiplication could do.
                         low[4 * word + half] = word == 0 ? k_shuffle_zero : static_cast<std::uint8_t>(low_at);
@@ -146,7 +146,7 @@ struct vector_packed {
         using groups = packed_groups;
         const V to_bottom = V::broadcast(reinterpret_cast<const std::uint8_t*>(groups::k_to_bottom));
 #pragma GCC unroll 8
-        for (unsigned first = 0; first < groups::k_count; first += V::lanes) {
+        for (unsigned first = 0; first < groups::k_count; first += V::k_lanes) {
             const V highs = V::from_lanes([=](unsigned lane) { return high + groups::high_start(first + lane); });
             const V front = V::load(groups::k_tables.front[first]);
             const V back = V::load(groups::k_tables.back[first]);
@@ -157,7 +157,7 @@ struct vector_packed {
             const V placed = lows.multiply_16(V::set_32(0x00010101)) & V::set_32(0x00300c03);
             const V pair = highs.shuffle(front).multiply_add_16(V::set_32(0x10000004));  // 4 h0 + 4096 h1
             const V third = highs.shuffle(back).template shift_left_32<6>();
-            (pair | third | placed).store(packed + first * k_packed_group_bytes);
+            (pair | third | placed).store(packed + k_packed_group_bytes * first);
         }
     }
 

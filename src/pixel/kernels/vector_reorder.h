@@ -11,15 +11,15 @@
 
 template <class V>
 struct vector_reorder {
-    static constexpr std::size_t k_bytes = V::lanes * 16;
+    static constexpr std::size_t k_bytes = V::k_lanes * 16;
 
     template <class Shape>
     struct shuffles {
-        V of[Shape::outs][Shape::ins];
+        V of[Shape::k_outs][Shape::k_ins];
 
         explicit shuffles(const block_permutation& permutation) {
-            for (unsigned out = 0; out < Shape::outs; ++out) {
-                for (unsigned in = 0; in < Shape::ins; ++in) {
+            for (unsigned out = 0; out < Shape::k_outs; ++out) {
+                for (unsigned in = 0; in < Shape::k_ins; ++in) {
                     of[out][in] = V::broadcast(permutation.mask[out][in]);
                 }
             }
@@ -27,11 +27,11 @@ struct vector_reorder {
     };
 
     template <class Shape, unsigned out>
-    static V permute(const V (&in)[Shape::ins], const shuffles<Shape>& by) {
+    static V permute(const V (&in)[Shape::k_ins], const shuffles<Shape>& by) {
         V sum = V::zero();
 #pragma GCC unroll 4
-        for (unsigned i = 0; i < Shape::ins; ++i) {
-            if (Shape::takes[out][i]) {
+        for (unsigned i = 0; i < Shape::k_ins; ++i) {
+            if (Shape::k_takes[out][i]) {
                 sum = sum | in[i].shuffle(by.of[out][i]);
             }
         }
@@ -39,7 +39,7 @@ struct vector_reorder {
     }
 
     template <class Shape, unsigned outs, unsigned... out>
-    static void permute_all(const V (&in)[Shape::ins], const shuffles<Shape>& by, V (&to)[outs],
+    static void permute_all(const V (&in)[Shape::k_ins], const shuffles<Shape>& by, V (&to)[outs],
                             std::integer_sequence<unsigned, out...>) {
         ((to[out] = permute<Shape, out>(in, by)), ...);
     }
@@ -50,16 +50,16 @@ struct vector_reorder {
         if constexpr (vectors == 1) {
             return V::load(from);
         }
-        return V::from_lanes([=](unsigned lane) { return from + (lane * vectors + index) * 16; });
+        return V::from_lanes([=](unsigned lane) { return from + std::size_t{16} * (lane * vectors + index); });
     }
 
     template <class Shape, unsigned colours, bool keeps_alpha>
     static void pack_block(const std::uint8_t* caller, const shuffles<Shape>& by, std::uint8_t* colour,
                            std::uint8_t* alpha) {
-        V in[Shape::ins];
+        V in[Shape::k_ins];
 #pragma GCC unroll 4
-        for (unsigned i = 0; i < Shape::ins; ++i) {
-            in[i] = block_vector<Shape::ins>(caller, i);
+        for (unsigned i = 0; i < Shape::k_ins; ++i) {
+            in[i] = block_vector<Shape::k_ins>(caller, i);
         }
         V out[colours];
         permute_all<Shape>(in, by, out, std::make_integer_sequence<unsigned, colours>{});
@@ -72,16 +72,16 @@ struct vector_reorder {
     template <class Shape, unsigned colours>
     static void unpack_block(const std::uint8_t* colour, const std::uint8_t* alpha, const shuffles<Shape>& by,
                              std::uint8_t* caller) {
-        V in[Shape::ins];
+        V in[Shape::k_ins];
 #pragma GCC unroll 4
         for (unsigned i = 0; i < colours; ++i) {
             in[i] = block_vector<colours>(colour, i);
         }
-        if constexpr (Shape::ins > colours) {
+        if constexpr (Shape::k_ins > colours) {
             in[colours] = V::load(alpha);
         }
-        V out[Shape::outs];
-        permute_all<Shape>(in, by, out, std::make_integer_sequence<unsigned, Shape::outs>{});
+        V out[Shape::k_outs];
+        permute_all<Shape>(in, by, out, std::make_integer_sequence<unsigned, Shape::k_outs>{});
         V::store_blocks(caller, out);
     }
 
@@ -89,17 +89,17 @@ struct vector_reorder {
     static void pack_row(const reorder_rule& rule, const std::uint8_t* caller, std::size_t groups, std::uint8_t* colour,
                          std::uint8_t* alpha) {
         const shuffles<Shape> by(rule.blocks.pack);
-        std::size_t left = groups * rule.group_bytes / Shape::ins;  // bytes of one of the block's vectors, all lanes
+        std::size_t left = groups * rule.group_bytes / Shape::k_ins;  // bytes of one of the block's vectors, all lanes
         for (; left >= k_bytes; left -= k_bytes) {
             pack_block<Shape, colours, keeps_alpha>(caller, by, colour, alpha);
-            caller += Shape::ins * k_bytes;
+            caller += Shape::k_ins * k_bytes;
             colour += colours * k_bytes;
             alpha += keeps_alpha ? k_bytes : 0;
         }
         if (left != 0) {
-            std::uint8_t in[Shape::ins * k_bytes] = {};
+            std::uint8_t in[Shape::k_ins * k_bytes] = {};
             std::uint8_t out[(colours + 1) * k_bytes];
-            std::memcpy(in, caller, Shape::ins * left);
+            std::memcpy(in, caller, Shape::k_ins * left);
             pack_block<Shape, colours, keeps_alpha>(in, by, out, out + colours * k_bytes);
             std::memcpy(colour, out, colours * left);
             if constexpr (keeps_alpha) {
@@ -111,24 +111,24 @@ struct vector_reorder {
     template <class Shape, unsigned colours>
     static void unpack_row(const reorder_rule& rule, const std::uint8_t* colour, const std::uint8_t* alpha,
                            std::size_t groups, std::uint8_t* caller) {
-        constexpr bool has_alpha = Shape::ins > colours;
+        constexpr bool has_alpha = Shape::k_ins > colours;
         const shuffles<Shape> by(rule.blocks.unpack);
-        std::size_t left = groups * rule.group_bytes / Shape::outs;
+        std::size_t left = groups * rule.group_bytes / Shape::k_outs;
         for (; left >= k_bytes; left -= k_bytes) {
             unpack_block<Shape, colours>(colour, alpha, by, caller);
-            caller += Shape::outs * k_bytes;
+            caller += Shape::k_outs * k_bytes;
             colour += colours * k_bytes;
             alpha += has_alpha ? k_bytes : 0;
         }
         if (left != 0) {
             std::uint8_t in[(colours + 1) * k_bytes] = {};
-            std::uint8_t out[Shape::outs * k_bytes];
+            std::uint8_t out[Shape::k_outs * k_bytes];
             std::memcpy(in, colour, colours * left);
             if constexpr (has_alpha) {
                 std::memcpy(in + colours * k_bytes, alpha, left);
             }
             unpack_block<Shape, colours>(in, in + colours * k_bytes, by, out);
-            std::memcpy(caller, out, Shape::outs * left);
+            std::memcpy(caller, out, Shape::k_outs * left);
         }
     }
 

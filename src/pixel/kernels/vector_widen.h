@@ -71,28 +71,28 @@ struct vector_widen {
     template <class Shape, unsigned bits>
     static void widen_unpack_block(const low_bits<bits>& lows, const typename reorder::template shuffles<Shape>& by,
                                    const std::uint8_t* high, const std::uint8_t* low, std::uint8_t* caller) {
-        V words[Shape::ins];
-        V out[Shape::outs];
+        V words[Shape::k_ins];
+        V out[Shape::k_outs];
 #pragma GCC unroll 4
-        for (unsigned i = 0; i < Shape::ins; ++i) {
+        for (unsigned i = 0; i < Shape::k_ins; ++i) {
             words[i] = V::spread_8_to_16(high + i * k_words) | lows(low + i * k_low_part<bits>);
         }
         V::to_blocks(words);
-        reorder::template permute_all<Shape>(words, by, out, std::make_integer_sequence<unsigned, Shape::outs>{});
+        reorder::template permute_all<Shape>(words, by, out, std::make_integer_sequence<unsigned, Shape::k_outs>{});
         V::store_blocks(caller, out);
     }
 
     template <class Shape, unsigned bits>
     static void widen_unpack_row(const reorder_rule& rule, const std::uint8_t* high, const std::uint8_t* low,
                                  std::size_t groups, std::uint8_t* caller) {
-        constexpr std::size_t block = Shape::ins * k_words;  // samples
+        constexpr std::size_t block = Shape::k_ins * k_words;  // samples
         const typename reorder::template shuffles<Shape> by(rule.blocks.unpack);
         const low_bits<bits> lows;
         std::size_t samples = groups * rule.map.samples;
         for (; samples >= block; samples -= block) {
             widen_unpack_block<Shape, bits>(lows, by, high, low, caller);
             high += block;
-            low += Shape::ins * k_low_part<bits>;
+            low += Shape::k_ins * k_low_part<bits>;
             caller += 2 * block;
         }
         if (samples != 0) {
