@@ -176,6 +176,11 @@ void session::encode() {
         return QVRUncompressed_EncodeFrame(with.encoder, maybe_null(&up), maybe_null(&cp), maybe_null(pixels.data()),
                                            pixels.size_32(), maybe_null(dst.data()), dst.size_32(), &written);
     });
+    take_stream(good, dst, written);
+}
+
+// What an encoding call has left becomes the bitstream of the calls after it.
+void session::take_stream(bool good, const exact_buffer& dst, std::uint32_t written) {
     require(good == (written != k_not_written), "a size is returned by a success alone");
     dst.check_borders();
     if (good) {
@@ -252,13 +257,7 @@ void session::wrap() {
                                                   maybe_null(pixels.data()), pixels.size_32(), sources.data(),
                                                   maybe_null(dst.data()), dst.size_32(), &written);
     });
-    require(good == (written != k_not_written), "a size is returned by a success alone");
-    dst.check_borders();
-    if (good) {
-        require(written <= dst.size(), "the size returned lies inside the destination");
-        stream.assign(dst.data(), dst.data() + written);
-        tell("bytes", digest(dst.data(), written));
-    }
+    take_stream(good, dst, written);
 }
 
 void session::unwrap() {

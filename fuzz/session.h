@@ -32,6 +32,7 @@ class session {
     uncompressed_params params_of_stream();
     std::vector<wrap_params> any_wraps(std::vector<exact_buffer>& payloads, const uncompressed_params& up);
     exact_buffer any_pixels(const uncompressed_params& up);
+    void take_stream(bool good, const exact_buffer& dst, std::uint32_t written);
     // The pointer, or now and then null.
     template <class Pointer>
     Pointer maybe_null(Pointer pointer) {

@@ -37,7 +37,7 @@ void row_codec::pack(row_chunk chunk, row_span<const std::uint8_t> caller, row_s
     if (!reorders() && !changes_width()) {
         return copy_rows(chunk, caller, stored);
     }
-    if (is_one_row(caller.stride, stored.stride, alpha.first == nullptr ? 0 : alpha.stride)) {
+    if (is_one_row(caller.stride, stored.stride, alpha.stride)) {
         return kernels.pack(rule, caller.row(chunk.first), groups * chunk.count, stored.row(chunk.first),
                             alpha.row(chunk.first));
     }
@@ -55,7 +55,7 @@ void row_codec::unpack(row_chunk chunk, row_span<const std::uint8_t> stored, row
     if (!reorders() && !changes_width()) {
         return copy_rows(chunk, stored, caller);
     }
-    if (is_one_row(caller.stride, stored.stride, alpha.first == nullptr ? 0 : alpha.stride)) {
+    if (is_one_row(caller.stride, stored.stride, alpha.stride)) {
         return kernels.unpack(rule, stored.row(chunk.first), alpha.row(chunk.first), groups * chunk.count,
                               caller.row(chunk.first));
     }

@@ -17,7 +17,7 @@
 #include "pixel/kernels/row_kernels.h"
 #include "threading/parallel.h"
 
-// Rows of one plane with a stride between them; null when there are none.
+// Rows of one plane with a stride between them; null, with a stride of 0, when there are none.
 template <class Byte>
 struct row_span {
     Byte* first = nullptr;

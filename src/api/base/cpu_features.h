@@ -4,7 +4,7 @@
 #pragma once
 
 // One bit for each instruction set that has kernels of its own, each a step above the one before: a processor that has
-// one has all below it. Kernel tables are built from such a set, so tests and benchmarks can leave any of them out.
+// one has all below it. Kernel tables are chosen by such a set, so tests and benchmarks can leave any of them out.
 enum cpu_features : unsigned {
     cpu_scalar = 0,
     cpu_ssse3 = 1u << 0,

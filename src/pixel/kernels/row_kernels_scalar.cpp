@@ -73,33 +73,35 @@ void widen(const std::uint8_t* high, const std::uint8_t* low, std::size_t sample
     }
 }
 
-// Both steps by way of a few samples at a time, whole groups and whole bytes of low bits.
+// Both steps by way of a few samples at a time, whole groups and whole bytes of low bits: step(group, groups, sample).
 constexpr std::size_t k_few = 12;
+
+template <class Step>
+void by_few_groups(const reorder_rule& rule, std::size_t groups, const Step& step) {
+    const std::size_t few = k_few / rule.map.colours;
+    for (std::size_t done = 0; done < groups; done += few) {
+        step(done, groups - done < few ? groups - done : few, done * rule.map.colours);
+    }
+}
 
 template <unsigned bits>
 void pack_narrow(const reorder_rule& rule, const std::uint8_t* caller, std::size_t groups, std::uint8_t* high,
                  std::uint8_t* low) {
-    const std::size_t step = k_few / rule.map.colours;
-    std::uint8_t words[2 * k_few];
-    for (std::size_t done = 0; done < groups; done += step) {
-        const std::size_t count = groups - done < step ? groups - done : step;
-        const std::size_t first = done * rule.map.colours;
-        scalar::pack(rule, caller + done * rule.group_bytes, count, words, nullptr);
-        narrow<bits>(words, count * rule.map.colours, high + first, low + first * bits / 8);
-    }
+    by_few_groups(rule, groups, [&](std::size_t group, std::size_t count, std::size_t sample) {
+        std::uint8_t words[2 * k_few];
+        scalar::pack(rule, caller + group * rule.group_bytes, count, words, nullptr);
+        narrow<bits>(words, count * rule.map.colours, high + sample, low + sample * bits / 8);
+    });
 }
 
 template <unsigned bits>
 void widen_unpack(const reorder_rule& rule, const std::uint8_t* high, const std::uint8_t* low, std::size_t groups,
                   std::uint8_t* caller) {
-    const std::size_t step = k_few / rule.map.colours;
-    std::uint8_t words[2 * k_few];
-    for (std::size_t done = 0; done < groups; done += step) {
-        const std::size_t count = groups - done < step ? groups - done : step;
-        const std::size_t first = done * rule.map.colours;
-        widen<bits>(high + first, low + first * bits / 8, count * rule.map.colours, words);
-        scalar::unpack(rule, words, words, count, caller + done * rule.group_bytes);  // without alpha
-    }
+    by_few_groups(rule, groups, [&](std::size_t group, std::size_t count, std::size_t sample) {
+        std::uint8_t words[2 * k_few];
+        widen<bits>(high + sample, low + sample * bits / 8, count * rule.map.colours, words);
+        scalar::unpack(rule, words, words, count, caller + group * rule.group_bytes);  // without alpha
+    });
 }
 
 }  // namespace
