@@ -1,10 +1,14 @@
 #!/bin/sh
-# usage: check_exports.sh NM LIBRARY LIST - the library's dynamic names must be exactly those of the list.
+# usage: check_exports.sh NM LIBRARY LIST - the names that a shared or static library shows must be exactly those of the list.
 set -eu
 export LC_ALL=C
 
+case $2 in
+    *.a) which=-g ;;
+    *) which=-D ;;
+esac
 # A version script shows up as one absolute name for each version node and as a suffix on each name.
-names=$("$1" -D --defined-only "$2" | awk '$2 != "A" { sub(/@.*/, "", $3); print $3 }' | sort)
+names=$("$1" $which --defined-only "$2" | awk 'NF == 3 && $2 != "A" { sub(/@.*/, "", $3); print $3 }' | sort)
 
 if [ "$names" != "$(sort "$3")" ]; then
     echo "exported names differ from $3 (left: the library, right: the list):"
@@ -16,7 +20,7 @@ if [ "$names" != "$(sort "$3")" ]; then
 fi
 
 # A unique name would keep the library from ever being unloaded.
-if "$1" -D --defined-only "$2" | awk '$2 == "u" { found = 1 } END { exit !found }'; then
+if "$1" $which --defined-only "$2" | awk '$2 == "u" { found = 1 } END { exit !found }'; then
     echo "the library holds unique names"
     exit 1
 fi
