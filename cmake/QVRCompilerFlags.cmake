@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+#
 # Warnings are an interface target so that the library, the tool and the tests share one list.
 add_library(qvr_warnings INTERFACE)
 target_compile_options(qvr_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+#
 # The program in the README is the one that is built and run.
 file(READ "${README}" readme)
 file(READ "${PROGRAM}" program)
