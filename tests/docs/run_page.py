@@ -21,6 +21,7 @@ To add a block, write it. A comment on the line before it says when something el
 
     <!-- docs-test: output -->          (no language) is what the block before printed, on both streams. A line "..." stands
                                         for any lines, "..." within a line for any text
+    <!-- docs-test: bytes of PATH -->   explains that file: behind the line's offset stand bytes, two blanks or more end them
     <!-- docs-test: file PATH -->       is the file of the repository
     <!-- docs-test: part of PATH -->    is a part of that file, in one piece
     <!-- docs-test: write NAME -->      is written to a file for the blocks behind
@@ -40,7 +41,7 @@ import subprocess
 import sys
 import tempfile
 
-COMMENT = re.compile(r"^\s*<!-- docs-test: (output|file|part of|write|needs|skip)(?:: ?| |)(.*?) -->$")
+COMMENT = re.compile(r"^\s*<!-- docs-test: (output|bytes of|file|part of|write|needs|skip)(?:: ?| |)(.*?) -->$")
 FENCE = re.compile(r"^( *)```(\w*)$")
 LIMIT = 240  # seconds that a block may take
 
@@ -181,6 +182,19 @@ def compare(shown, printed):
         raise Failure(f"shown is\n{shown}but printed was\n{printed}")
 
 
+def compare_bytes(shown, file):
+    """Lines "offset  hexadecimal bytes  explanation" against the file that they explain."""
+    told = bytearray()
+    for line in shown.splitlines():
+        fields = re.match(r" *(\d+) +((?:[0-9a-f]{2} )*[0-9a-f]{2})(?:  |$)", line)
+        if fields:
+            if int(fields[1]) != len(told):
+                raise Failure(f"says {fields[1]} where {len(told)} is right:\n{line}")
+            told += bytes.fromhex(fields[2])
+    if told != file.read_bytes():
+        raise Failure(f"tells of\n{told.hex(' ')}\nbut {file.name} is\n{file.read_bytes().hex(' ')}")
+
+
 def missing(command):
     return shutil.which(command.split()[0]) is None
 
@@ -193,6 +207,8 @@ def treat(block, folder, source, values, printed):
     if block.how == "output":
         if printed is not None:
             compare(block.text, printed)
+    elif block.how == "bytes of":
+        compare_bytes(block.text, folder / block.argument)
     elif block.how in ("file", "part of"):
         wanted = (source / block.argument).read_text()
         if block.text != wanted if block.how == "file" else block.text not in wanted:
