@@ -9,15 +9,15 @@
  *
  * A frame in four steps:
  *   1. describe it in a QVRUncompressed_UncompressedParams_t (every record's `size` field set first),
- *   2. ask QVRUncompressed_GetCompressedBufSize how large the bitstream can become,
- *   3. QVRUncompressed_CreateEncoder once, QVRUncompressed_EncodeFrame for each frame,
- *   4. QVRUncompressed_DestroyEncoder.
+ *   2. ask QVRUncompressed_GetCompressedBufSize() how large the bitstream can become,
+ *   3. QVRUncompressed_CreateEncoder() once, QVRUncompressed_EncodeFrame() for each frame,
+ *   4. QVRUncompressed_DestroyEncoder().
  *
- * Decoding is the mirror: QVRUncompressed_ReadMetadata, QVRUncompressed_GetUncompressedBufSize,
- * QVRUncompressed_CreateDecoder, QVRUncompressed_DecodeFrame, QVRUncompressed_DestroyDecoder.
+ * Decoding is the mirror: QVRUncompressed_ReadMetadata(), QVRUncompressed_GetUncompressedBufSize(),
+ * QVRUncompressed_CreateDecoder(), QVRUncompressed_DecodeFrame(), QVRUncompressed_DestroyDecoder().
  *
- * - **Memory**: The caller owns every record and every buffer; the library never returns memory to be freed. Records and
- *   buffers may lie at any address, aligned or not; arrays of pointers are aligned as pointers are. A source and
+ * - **Memory**: The caller owns every record and every buffer; the library never returns memory to be freed. Records
+ *   and buffers may lie at any address, aligned or not; arrays of pointers are aligned as pointers are. A source and
  *   a destination must not overlap. Sizes are bytes. The library reads only inside the sources and writes only inside
  *   the destinations it is told of, whatever bytes a bitstream holds.
  * - **Threads**: A handle serves one call at a time; different handles are independent. Functions without a handle may
@@ -25,8 +25,8 @@
  * - **Errors**: Functions that return a status return one of #QVRUncompressed_Status. No exception leaves the library.
  *   With status #QVRUncompressed_StatusFailed the handle's error callback has had the message.
  * - **Failure**: A failed call leaves bytesWritten and every output record untouched (the one exception is noted at
- *   QVRUncompressed_ReadWrapMetadata); the bytes of a destination buffer are then unspecified, but only bytes inside it
- *   were written. The handle stays usable.
+ *   QVRUncompressed_ReadWrapMetadata()); the bytes of a destination buffer are then unspecified, but only bytes inside
+ *   it were written. The handle stays usable.
  */
 #ifndef QVRUNCOMPRESSED_H
 #define QVRUNCOMPRESSED_H
@@ -55,7 +55,7 @@
 
 /**
  * @name The version of this header
- * QVRUncompressed_GetVersion answers for the library that is loaded.
+ * QVRUncompressed_GetVersion() answers for the library that is loaded.
  * @{
  */
 #define QVRUNCOMPRESSED_VERSION_MAJOR 2 /**< Changes when programs have to be changed or compiled anew. */
@@ -181,14 +181,14 @@ typedef void (*QVRUncompressed_ErrorCallback_t)(const char* message, void* userD
 
 /** A raw frame in the caller's memory. */
 typedef struct QVRUncompressed_UncompressedParams_t {
-    uint64_t size;                /**< QVRUNCOMPRESSED_UNCOMPRESSED_PARAMS_SIZE */
-    uint32_t colorComponentOrder; /**< QVRUncompressed_ColorComponentOrder */
-    uint32_t componentType;       /**< QVRUncompressed_ComponentType */
+    uint64_t size;                /**< #QVRUNCOMPRESSED_UNCOMPRESSED_PARAMS_SIZE */
+    uint32_t colorComponentOrder; /**< a #QVRUncompressed_ColorComponentOrder */
+    uint32_t componentType;       /**< a #QVRUncompressed_ComponentType */
     uint32_t width;               /**< pixels in a row; even for 4:2:2 and 4:2:0 when encoding */
     uint32_t height;              /**< rows; even for 4:2:0 when encoding */
     uint32_t rowBytes;            /**< bytes from row to row of the first or only plane, and of the alpha plane of order
                                      13; 0: the least, rows without a gap */
-    uint32_t frameLayout; /**< QVRUncompressed_FrameLayout. Not checked when encoding, but beside a QCX frame: the
+    uint32_t frameLayout; /**< a #QVRUncompressed_FrameLayout. Not checked when encoding, but beside a QCX frame: the
                                      low byte is stored, and a bitstream with any value but 0 and 1 is refused when
                                      read. Not looked at when decoding */
     uint32_t rowBytes2;   /**< bytes from row to row of Cb and Cr (orders 10 and 13) or of the separate alpha
@@ -197,7 +197,7 @@ typedef struct QVRUncompressed_UncompressedParams_t {
 
 /** How the bitstream is to be made. */
 typedef struct QVRUncompressed_CompressedParams_t {
-    uint64_t size;            /**< QVRUNCOMPRESSED_COMPRESSED_PARAMS_SIZE */
+    uint64_t size;            /**< #QVRUNCOMPRESSED_COMPRESSED_PARAMS_SIZE */
     uint8_t alphaCompression; /**< 0: the alpha plane is stored as it is; else: run-length coded (types 1 and 2) */
     uint8_t rleSlices;        /**< slices that a coded alpha plane is cut into, each coded and decoded by one thread;
                                  0: 16; never more than the frame has rows */
@@ -205,7 +205,7 @@ typedef struct QVRUncompressed_CompressedParams_t {
 
 /** What a handle is made with. The handle keeps a copy. */
 typedef struct QVRUncompressed_CodecConfig_t {
-    uint64_t size;        /**< QVRUNCOMPRESSED_CODEC_CONFIG_SIZE */
+    uint64_t size;        /**< #QVRUNCOMPRESSED_CODEC_CONFIG_SIZE */
     uint32_t threadCount; /**< worker threads; 0: as many as there are processors; 1: none, all work is done by the
                              calling thread. The bytes produced never depend on it */
     void* userData;       /**< handed to errorCallback */
@@ -214,8 +214,8 @@ typedef struct QVRUncompressed_CodecConfig_t {
 
 /** One payload that is wrapped into, or taken out of, a bitstream. */
 typedef struct QVRUncompressed_WrapParams_t {
-    uint64_t size;     /**< QVRUNCOMPRESSED_WRAP_PARAMS_SIZE */
-    uint32_t wrapType; /**< QVRUncompressed_WrapType */
+    uint64_t size;     /**< #QVRUNCOMPRESSED_WRAP_PARAMS_SIZE */
+    uint32_t wrapType; /**< a #QVRUncompressed_WrapType */
     uint32_t dataSize; /**< bytes of the payload */
 } QVRUncompressed_WrapParams_t;
 
@@ -276,7 +276,7 @@ QVRUNCOMPRESSED_API uint32_t QVRUncompressed_GetCompressedBufSize(const QVRUncom
     QVRUNCOMPRESSED_NOEXCEPT;
 
 /**
- * The same for QVRUncompressed_EncodeAndWrapFrame.
+ * The same for QVRUncompressed_EncodeAndWrapFrame().
  *
  * @param up         the alpha plane, or of stitched chunks their frame
  * @param cp         how the alpha plane is going to be encoded
@@ -302,7 +302,7 @@ QVRUNCOMPRESSED_API uint32_t QVRUncompressed_GetCompressedWrapBufSize(const QVRU
 typedef struct QVRUncompressed_Encoder_s* QVRUncompressed_Encoder;
 
 /**
- * Makes an encoder, which is to be ended by QVRUncompressed_DestroyEncoder. Its worker threads start here.
+ * Makes an encoder, which is to be ended by QVRUncompressed_DestroyEncoder(). Its worker threads start here.
  *
  * When memory or threads run out the callback has the reason and the function still returns #QVRUncompressed_StatusOk,
  * with *encoder untouched: set the handle to null before the call and test it afterwards.
@@ -330,11 +330,11 @@ QVRUNCOMPRESSED_API void QVRUncompressed_DestroyEncoder(QVRUncompressed_Encoder 
  * @param up                 what lies in src
  * @param cp                 how it is to be encoded
  * @param src                the raw frame
- * @param srcSize            bytes of src, at least QVRUncompressed_GetUncompressedBufSize
+ * @param srcSize            bytes of src, at least QVRUncompressed_GetUncompressedBufSize()
  * @param[out] dst           room for the bitstream
- * @param dstSize            bytes of dst, at least QVRUncompressed_GetCompressedBufSize
+ * @param dstSize            bytes of dst, at least QVRUncompressed_GetCompressedBufSize()
  * @param[out] bytesWritten  receives the size of the bitstream; may be null. Bytes of dst behind it are unspecified up
- *                           to the size that QVRUncompressed_GetCompressedBufSize names, and untouched from there on
+ *                           to the size that QVRUncompressed_GetCompressedBufSize() names, and untouched from there on
  * @retval QVRUncompressed_StatusOk           the bitstream is in dst
  * @retval QVRUncompressed_StatusFailed       the frame cannot be encoded so; the error callback has had the reason
  * @retval QVRUncompressed_StatusNullPointer  a pointer other than bytesWritten is null
@@ -359,7 +359,7 @@ QVRUNCOMPRESSED_API uint32_t QVRUncompressed_EncodeFrame(QVRUncompressed_Encoder
 typedef struct QVRUncompressed_Decoder_s* QVRUncompressed_Decoder;
 
 /**
- * Makes a decoder, which is to be ended by QVRUncompressed_DestroyDecoder. Its worker threads start here.
+ * Makes a decoder, which is to be ended by QVRUncompressed_DestroyDecoder(). Its worker threads start here.
  *
  * When memory or threads run out the callback has the reason and the function still returns #QVRUncompressed_StatusOk,
  * with *decoder untouched: set the handle to null before the call and test it afterwards.
@@ -417,11 +417,11 @@ QVRUNCOMPRESSED_API uint32_t QVRUncompressed_ReadMetadata(QVRUncompressed_Decode
  * @param srcSize            bytes of src
  * @param[out] dst           room for the raw frame. Padding between rows is not written for raw planes and unspecified
  *                           for coded alpha
- * @param dstSize            bytes of dst, at least QVRUncompressed_GetUncompressedBufSize
+ * @param dstSize            bytes of dst, at least QVRUncompressed_GetUncompressedBufSize()
  * @param[out] bytesWritten  receives the size of the raw frame; may be null
  * @retval QVRUncompressed_StatusOk           the frame is in dst
- * @retval QVRUncompressed_StatusFailed       src is no good bitstream, or up does not fit it; the error callback has had
- *                                            the reason
+ * @retval QVRUncompressed_StatusFailed       src is no good bitstream, or up does not fit it; the error callback has
+ *                                            had the reason
  * @retval QVRUncompressed_StatusNullPointer  a pointer other than bytesWritten is null
  * @retval QVRUncompressed_StatusBadSize      the size field of up is wrong
  */
@@ -445,9 +445,9 @@ QVRUNCOMPRESSED_API uint32_t QVRUncompressed_DecodeFrame(QVRUncompressed_Decoder
  * Wraps payloads. A wrapType of 0 in any record is refused.
  *
  * - First type #QVRUncompressed_WrapQCX: wrapCount is 1, and up describes the alpha plane (order 14, type 1 or 2) that
- *   src holds. The payload must have a QCX header, 45 bytes at least, of a known compression and without an alpha of its
- *   own; width and height must be equal to the QCX frame's, and frameLayout 1 for an interlaced one, 0 for a progressive
- *   one.
+ *   src holds. The payload must have a QCX header, 45 bytes at least, of a known compression and without an alpha of
+ *   its own; width and height must be equal to the QCX frame's, and frameLayout 1 for an interlaced one, 0 for a
+ *   progressive one.
  * - First type #QVRUncompressed_WrapStitched: any number of chunks of any size; the types of further records are not
  *   looked at. Of up only width, height and frameLayout are used, and nothing in it is checked; src may be null.
  * - A first type of 3 or more wraps nothing: the alpha plane is encoded alone.
@@ -462,7 +462,7 @@ QVRUNCOMPRESSED_API uint32_t QVRUncompressed_DecodeFrame(QVRUncompressed_Decoder
  * @param srcSize            bytes of src
  * @param wrapData           wrapCount pointers to the payloads, each of the dataSize bytes of its record
  * @param[out] dst           room for the bitstream
- * @param dstSize            bytes of dst, at least QVRUncompressed_GetCompressedWrapBufSize
+ * @param dstSize            bytes of dst, at least QVRUncompressed_GetCompressedWrapBufSize()
  * @param[out] bytesWritten  receives the size of the bitstream; may be null
  * @retval QVRUncompressed_StatusOk           the bitstream is in dst
  * @retval QVRUncompressed_StatusFailed       these payloads cannot be wrapped so; the error callback has had the reason
@@ -486,19 +486,19 @@ QVRUNCOMPRESSED_API uint32_t QVRUncompressed_ReadWrapCount(const uint8_t* src,
                                                            uint32_t srcSize) QVRUNCOMPRESSED_NOEXCEPT;
 
 /**
- * Describes the frame, as QVRUncompressed_ReadMetadata does, and its first wrapCount wrapped payloads. When there are
+ * Describes the frame, as QVRUncompressed_ReadMetadata() does, and its first wrapCount wrapped payloads. When there are
  * fewer payloads than wrapCount the call fails, with up already filled.
  *
  * @param decoder        the handle; it must not be in another call
  * @param src            the bitstream
  * @param srcSize        bytes of src
  * @param[in,out] up     its size field set by the caller; the whole record is overwritten
- * @param[in,out] wraps  wrapCount records, their size fields set by the caller; wrapType and dataSize are filled. May be
- *                       null with a wrapCount of 0
- * @param wrapCount      number of records, at most QVRUncompressed_ReadWrapCount
+ * @param[in,out] wraps  wrapCount records, their size fields set by the caller; wrapType and dataSize are filled. May
+ *                       be null with a wrapCount of 0
+ * @param wrapCount      number of records, at most QVRUncompressed_ReadWrapCount()
  * @retval QVRUncompressed_StatusOk           up and wraps are filled
- * @retval QVRUncompressed_StatusFailed       src is no good bitstream, or has fewer payloads; the error callback has had
- *                                            the reason
+ * @retval QVRUncompressed_StatusFailed       src is no good bitstream, or has fewer payloads; the error callback has
+ *                                            had the reason
  * @retval QVRUncompressed_StatusNullPointer  a pointer is null
  * @retval QVRUncompressed_StatusBadSize      the size field of a record is wrong
  */
@@ -509,12 +509,12 @@ QVRUNCOMPRESSED_API uint32_t QVRUncompressed_ReadWrapMetadata(QVRUncompressed_De
                                                               uint32_t wrapCount) QVRUNCOMPRESSED_NOEXCEPT;
 
 /**
- * Takes payloads out of a bitstream. Fill wraps by QVRUncompressed_ReadWrapMetadata.
+ * Takes payloads out of a bitstream. Fill wraps by QVRUncompressed_ReadWrapMetadata().
  *
  * - First type #QVRUncompressed_WrapStitched: the first wrapCount chunks; dst may be null.
  * - Any other first type: wrapCount is 1, the record must agree with the first payload in size and type, and the alpha
- *   plane beside it is decoded as up describes it, from the start of dst on with rows of rowBytes. up may have any order
- *   that the bitstream's planes serve.
+ *   plane beside it is decoded as up describes it, from the start of dst on with rows of rowBytes. up may have any
+ *   order that the bitstream's planes serve.
  *
  * @param decoder            the handle; it must not be in another call
  * @param up                 what dst is to hold
@@ -523,10 +523,10 @@ QVRUNCOMPRESSED_API uint32_t QVRUncompressed_ReadWrapMetadata(QVRUncompressed_De
  * @param src                the bitstream
  * @param srcSize            bytes of src
  * @param[out] dst           room for the raw frame that up describes
- * @param dstSize            bytes of dst, at least QVRUncompressed_GetUncompressedBufSize
+ * @param dstSize            bytes of dst, at least QVRUncompressed_GetUncompressedBufSize()
  * @param[out] wrapDst       wrapCount pointers to the caller's buffers. Each must hold the dataSize that
- *                           QVRUncompressed_ReadWrapMetadata reports for it: of stitched chunks only the first record's
- *                           dataSize is compared with the bitstream
+ *                           QVRUncompressed_ReadWrapMetadata() reports for it: of stitched chunks only the first
+ *                           record's dataSize is compared with the bitstream
  * @param[out] bytesWritten  receives the size of the raw frame, 0 with stitched chunks; may be null
  * @retval QVRUncompressed_StatusOk           payloads and alpha are where they should be
  * @retval QVRUncompressed_StatusFailed       src is no good bitstream, or the records do not fit it; the error callback

@@ -54,7 +54,7 @@ def code(text):
 
 
 def lines_of(page, text):
-    fenced, first = False, True
+    fenced, first, seen = False, True, {}
     for line in text.splitlines():
         fence = line.lstrip().startswith("```")
         fenced ^= fence
@@ -66,7 +66,10 @@ def lines_of(page, text):
             if page != MAIN_PAGE:
                 yield "[TOC]"
         elif heading:
-            yield f"{heading[1]} {heading[2]} {{#{section_name(page, forge_anchor(heading[2]))}}}"
+            anchor = forge_anchor(heading[2])
+            seen[anchor] = seen.get(anchor, -1) + 1
+            numbered = f"{anchor}-{seen[anchor]}" if seen[anchor] else anchor  # as forges do
+            yield f"{heading[1]} {heading[2]} {{#{section_name(page, numbered)}}}"
         elif fenced or fence:
             yield line
         else:
