@@ -41,7 +41,7 @@ import subprocess
 import sys
 import tempfile
 
-COMMENT = re.compile(r"^\s*<!-- docs-test: (output|bytes of|file|part of|write|needs|skip)(?:: ?| |)(.*?) -->$")
+COMMENT = re.compile(r"^\s*<!-- docs-test: (output|bytes of|file|part of|write|needs|skip)(?::? (.*?))? -->$")
 FENCE = re.compile(r"^( *)```(\w*)$")
 LIMIT = 240  # seconds that a block may take
 
@@ -63,7 +63,7 @@ def blocks_of(page):
         fence = FENCE.match(line)
         if current is None:
             if fence:
-                how, argument = comment.groups() if comment else ("", "")
+                how, argument = comment.groups("") if comment else ("", "")
                 current, indent = Block(number, fence[2], how, argument), fence[1]
             comment = COMMENT.match(line)
             if "docs-test:" in line and not comment:
