@@ -28,6 +28,8 @@ To add a block, write it. A comment on the line before it says when something el
     <!-- docs-test: needs COMMAND -->   is run where the command exists; elsewhere it is skipped and listed
     <!-- docs-test: skip: REASON -->    is not run; listed with its reason
 
+Links to files of the repository must lead somewhere.
+
 A new input file is a row of INPUTS; a variable that programs need is a line of environment(). Every page that
 tests/docs/CMakeLists.txt finds is a test of its own.
 """
@@ -42,6 +44,7 @@ import sys
 import tempfile
 
 COMMENT = re.compile(r"^\s*<!-- docs-test: (output|bytes of|file|part of|write|needs|skip)(?::? (.*?))? -->$")
+LINK = re.compile(r"!?\[[^]\n]*\]\(([^)#\s]*)[^)\s]*\)")
 FENCE = re.compile(r"^( *)```(\w*)$")
 LIMIT = 240  # seconds that a block may take
 
@@ -76,6 +79,16 @@ def blocks_of(page):
     if current is not None:
         raise Failure(f"{page}:{current.line}: the block has no end")
     return found
+
+
+def check_links(page):
+    """Relative links name files that are there; scripts/check docs looks at their anchors."""
+    fenced = False
+    for number, line in enumerate(page.read_text().splitlines(), 1):
+        fenced ^= line.lstrip().startswith("```")
+        for target in [] if fenced else LINK.findall(line):
+            if not re.match("[a-z]+:", target) and not (page.parent / target).exists():
+                raise Failure(f"{page}:{number}: there is no {target}")
 
 
 # ---- The folder that blocks run in -----------------------------------------------------------------------------------
@@ -228,6 +241,7 @@ def treat(block, folder, source, values, printed):
 
 
 def run_page(page, source, build):
+    check_links(page)
     with tempfile.TemporaryDirectory(prefix="qvr-docs-") as name:
         root = pathlib.Path(name)
         folder, prefix = root / "work", root / "installed"

@@ -82,6 +82,15 @@ class Blocks(unittest.TestCase):
         self.assertIn("not understood", self.refused("<!-- docs-test: skipp: it -->", "```sh", "true", "```"))
         self.assertIn("nothing is known", self.refused("```fortran", "end", "```"))
 
+    def test_links_lead_somewhere(self):
+        page = self.folder / "page.md"
+        page.write_text("[a](page.md#b) [b](#c) ![c](page.md) [d](https://example.org/x)\n```\n[e](none)\n```\n")
+        run_page.check_links(page)
+        for wrong in ("[a](none.md)", "[a](none.md#b)", "![a](none.svg)", "[a](page.md) [`b`](no/ne.c)"):
+            page.write_text(wrong + "\n")
+            with self.assertRaises(run_page.Failure):
+                run_page.check_links(page)
+
     def test_skipping_needs_a_reason(self):
         page = self.folder / "page.md"
         page.write_text("<!-- docs-test: skip -->\n```sh\ntrue\n```\n")
