@@ -121,16 +121,15 @@ enum QVRUncompressed_ColorComponentOrder {
  * out of the bitstream, and decoding into such an order and type is refused.
  */
 enum QVRUncompressed_ComponentType {
-    QVRUncompressed_TypeU8 = 1,  /**< 8-bit integer, one byte */
-    QVRUncompressed_TypeU16 = 2, /**< 16-bit integer, one 16-bit word */
-    QVRUncompressed_TypeU10 = 3, /**< 10-bit integer in the top bits of a 16-bit word; the low 6 bits are dropped
+    QVRUncompressed_TypeU8 = 1,        /**< 8-bit integer, one byte */
+    QVRUncompressed_TypeU16 = 2,       /**< 16-bit integer, one 16-bit word */
+    QVRUncompressed_TypeU10 = 3,       /**< 10-bit integer in the top bits of a 16-bit word; the low 6 bits are dropped
                                           on encoding and zero after decoding */
-    QVRUncompressed_TypeU12 = 4, /**< 12-bit integer in the top bits of a 16-bit word; the low 4 bits likewise */
-    QVRUncompressed_TypeU10Packed =
-        5,                            /**< three 10-bit integers in a 32-bit word at bits 0, 10 and 20; six 4:2:2 pixels
-                                          in four words (v210); bits 30 and 31 are dropped and come back zero */
-    QVRUncompressed_TypeHalf = 6,     /**< 16-bit floating point */
-    QVRUncompressed_TypeFloat = 7,    /**< 32-bit floating point */
+    QVRUncompressed_TypeU12 = 4,       /**< 12-bit integer in the top bits of a 16-bit word; the low 4 bits likewise */
+    QVRUncompressed_TypeU10Packed = 5, /**< three 10-bit integers in a 32-bit word at bits 0, 10 and 20; six 4:2:2
+                                          pixels in four words (v210); bits 30 and 31 are dropped and come back zero */
+    QVRUncompressed_TypeHalf = 6,      /**< 16-bit floating point */
+    QVRUncompressed_TypeFloat = 7,     /**< 32-bit floating point */
     QVRUncompressed_TypeFixed16 = 214 /**< signed 16-bit fixed point with 14 fraction bits: value = word / 16384. Such a
                                           bitstream also decodes to type 7 in orders without alpha */
 };
@@ -188,10 +187,10 @@ typedef struct QVRUncompressed_UncompressedParams_t {
     uint32_t height;              /**< rows; even for 4:2:0 when encoding */
     uint32_t rowBytes;            /**< bytes from row to row of the first or only plane, and of the alpha plane of order
                                      13; 0: the least, rows without a gap */
-    uint32_t frameLayout; /**< a #QVRUncompressed_FrameLayout. Not checked when encoding, but beside a QCX frame: the
-                                     low byte is stored, and a bitstream with any value but 0 and 1 is refused when
-                                     read. Not looked at when decoding */
-    uint32_t rowBytes2;   /**< bytes from row to row of Cb and Cr (orders 10 and 13) or of the separate alpha
+    uint32_t frameLayout;         /**< a #QVRUncompressed_FrameLayout; not checked when encoding, but beside a QCX
+                                     frame: the low byte is stored, and a bitstream with any value but 0 and 1 is
+                                     refused when read; not looked at when decoding */
+    uint32_t rowBytes2;           /**< bytes from row to row of Cb and Cr (orders 10 and 13) or of the separate alpha
                                      plane (orders 15 and 16); 0: the least; otherwise not used */
 } QVRUncompressed_UncompressedParams_t;
 
