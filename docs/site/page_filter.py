@@ -2,10 +2,10 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Makes a Markdown page of the repository a page of the site: page_filter.py FILE (Doxygen's FILTER_PATTERNS).
 
-Pages are written for a forge. There a link names a file, and an anchor is made of its heading. Doxygen has names for pages
-and sections that are its own, so this gives each heading the name that a forge's anchor has and turns links into
-references to it, which Doxygen checks. The page of the examples gets their sources, since the site has no other place for
-them.
+Pages are written for a forge. There a link names a file, and an anchor is made of its heading. Doxygen has names for
+pages and sections that are its own, so this gives each heading the name that a forge's anchor has and turns links into
+references to it, which Doxygen checks. The page of the examples gets their sources, since the site has no other place
+for them.
 """
 import os
 import pathlib
@@ -15,7 +15,9 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 MAIN_PAGE = "docs/README.md"
 EXAMPLES = "examples/README.md"
-LINK = re.compile(r"(?<!!)\[([^]\n]*)\]\(([^)\s]+)\)")
+FENCED = re.compile(r"(^ *```\w*$.*?^ *```$)", re.MULTILINE | re.DOTALL)
+HEADING = re.compile(r"^(#+) (.*)$", re.MULTILINE)
+LINK = re.compile(r"(?<!!)\[([^][]*)\]\(([^)\s]+)\)")
 
 
 def page_name(path):
@@ -36,12 +38,14 @@ def section_name(page, anchor):
 
 def reference(page, text, target):
     """A link as Doxygen wants it, where target is what stands in the parentheses."""
+    text = " ".join(text.split())  # Doxygen wants it on one line
     if re.match(r"[a-z]+:", target):
         return f"[{text}]({target})"
     file, _, anchor = target.partition("#")
     path = os.path.relpath(ROOT / pathlib.Path(page).parent / file, ROOT) if file else page
     if os.path.dirname(path) == "examples" and path.endswith((".c", ".cpp")):
-        return f'<a href="examples.html#{section_name(EXAMPLES, forge_anchor(os.path.basename(path)))}">{code(text)}</a>'
+        section = section_name(EXAMPLES, forge_anchor(os.path.basename(path)))
+        return f'<a href="{page_name(EXAMPLES)}.html#{section}">{code(text)}</a>'
     if not path.endswith(".md"):
         return f'<a href="{os.path.basename(path)}">{code(text)}</a>'
     if anchor:
@@ -53,27 +57,31 @@ def code(text):
     return re.sub(r"`([^`]*)`", r"<code>\1</code>", text)
 
 
-def lines_of(page, text):
-    fenced, first, seen = False, True, {}
-    for line in text.splitlines():
-        fence = line.lstrip().startswith("```")
-        fenced ^= fence
-        heading = None if fenced or fence else re.match(r"(#+) (.*)", line)
-        if heading and first:
-            first = False
-            name = "" if page == MAIN_PAGE else f" {{#{page_name(page)}}}"
-            yield f"{heading[1]} {heading[2].replace('`', '')}{name}"
-            if page != MAIN_PAGE:
-                yield "[TOC]"
-        elif heading:
-            anchor = forge_anchor(heading[2])
-            seen[anchor] = seen.get(anchor, -1) + 1
-            numbered = f"{anchor}-{seen[anchor]}" if seen[anchor] else anchor  # as forges do
-            yield f"{heading[1]} {heading[2]} {{#{section_name(page, numbered)}}}"
-        elif fenced or fence:
-            yield line
-        else:
-            yield LINK.sub(lambda link: reference(page, link[1], link[2]), line)
+class Headings:
+    """Gives headings their names, one after the other. The first one is that of the page."""
+
+    def __init__(self, page):
+        self.page, self.seen = page, None
+
+    def __call__(self, match):
+        level, text = match.groups()
+        if self.seen is None:
+            self.seen = {}
+            title = f"{level} {text.replace('`', '')}"
+            return title if self.page == MAIN_PAGE else f"{title} {{#{page_name(self.page)}}}\n[TOC]"
+        anchor = forge_anchor(text)
+        self.seen[anchor] = self.seen.get(anchor, -1) + 1
+        numbered = f"{anchor}-{self.seen[anchor]}" if self.seen[anchor] else anchor  # as forges do
+        return f"{level} {text} {{#{section_name(self.page, numbered)}}}"
+
+
+def for_the_site(page, text):
+    parts = FENCED.split(text)
+    headings = Headings(page)
+    for i in range(0, len(parts), 2):  # those between are fenced
+        named = HEADING.sub(headings, parts[i])
+        parts[i] = LINK.sub(lambda link: reference(page, link[1], link[2]), named)
+    return "".join(parts)
 
 
 def sources():
@@ -84,7 +92,7 @@ def sources():
 def main():
     path = pathlib.Path(sys.argv[1]).resolve()
     page = str(path.relative_to(ROOT))
-    print("\n".join(lines_of(page, path.read_text())))
+    print(for_the_site(page, path.read_text()))
     if page == EXAMPLES:
         print("\n".join(sources()))
 

@@ -6,9 +6,9 @@
     run_page.py --skipped PAGE.md...                         lists the blocks that are not run, with the reasons
 
 Each page has a temporary folder of its own, where its blocks run from top to bottom. It looks like the root of the
-repository (links to all that lies there), build/demo, build/test and build/release are the build folder at hand, and it
-holds the files of INPUTS. 'qvr' and the examples are on PATH; the library is installed in a folder that compilers, CMake,
-pkg-config and the loader look into.
+repository (links to all that lies there), build/demo, build/test and build/release are the build folder at hand, and
+it holds the files of INPUTS. 'qvr' and the examples are on PATH; the library is installed in a folder that compilers,
+CMake, pkg-config and the loader look into.
 
 What is done with a block depends on its language:
 
@@ -19,9 +19,9 @@ What is done with a block depends on its language:
 
 To add a block, write it. A comment on the line before it says when something else is wanted:
 
-    <!-- docs-test: output -->          (no language) is what the block before printed, on both streams. A line "..." stands
-                                        for any lines, "..." within a line for any text
-    <!-- docs-test: bytes of PATH -->   explains that file: behind the line's offset stand bytes, two blanks or more end them
+    <!-- docs-test: output -->          (no language) is what the block before printed, on both streams. A line "..."
+                                        stands for any lines, "..." within a line for any text
+    <!-- docs-test: bytes of PATH -->   explains that file: behind the line's offset stand bytes, up to two blanks
     <!-- docs-test: file PATH -->       is the file of the repository
     <!-- docs-test: part of PATH -->    is a part of that file, in one piece
     <!-- docs-test: write NAME -->      is written to a file for the blocks behind
@@ -44,7 +44,8 @@ import sys
 import tempfile
 
 COMMENT = re.compile(r"^\s*<!-- docs-test: (output|bytes of|file|part of|write|needs|skip)(?::? (.*?))? -->$")
-LINK = re.compile(r"!?\[[^]\n]*\]\(([^)#\s]*)[^)\s]*\)")
+FENCED = re.compile(r"^ *```\w*$.*?^ *```$", re.MULTILINE | re.DOTALL)
+LINK = re.compile(r"\[[^][]*\]\(([^)#\s]*)[^)\s]*\)")
 FENCE = re.compile(r"^( *)```(\w*)$")
 LIMIT = 240  # seconds that a block may take
 
@@ -83,12 +84,10 @@ def blocks_of(page):
 
 def check_links(page):
     """Relative links name files that are there; scripts/check docs looks at their anchors."""
-    fenced = False
-    for number, line in enumerate(page.read_text().splitlines(), 1):
-        fenced ^= line.lstrip().startswith("```")
-        for target in [] if fenced else LINK.findall(line):
-            if not re.match("[a-z]+:", target) and not (page.parent / target).exists():
-                raise Failure(f"{page}:{number}: there is no {target}")
+    text = FENCED.sub("", page.read_text())
+    for target in LINK.findall(text):
+        if not re.match("[a-z]+:", target) and not (page.parent / target).exists():
+            raise Failure(f"{page}: there is no {target}")
 
 
 # ---- The folder that blocks run in -----------------------------------------------------------------------------------
@@ -144,7 +143,8 @@ def furnish(folder, source, build):
 
 
 def install(build, prefix):
-    done = subprocess.run(["cmake", "--install", build, "--prefix", prefix], capture_output=True, text=True, check=False)
+    command = ["cmake", "--install", build, "--prefix", prefix]
+    done = subprocess.run(command, capture_output=True, text=True, check=False)
     if done.returncode != 0:
         raise Failure(f"the library cannot be installed:\n{done.stdout}{done.stderr}")
 
@@ -236,7 +236,7 @@ def treat(block, folder, source, values, printed):
     elif block.language in ("c", "cpp"):
         compile_only(block.language, block.text, folder, values)
     elif block.language not in ("", "text"):
-        raise Failure(f"nothing is known about the language {block.language}: a comment before the block must say what to do")
+        raise Failure(f"is in {block.language}, of which nothing is known: a comment before it must say what to do")
     return printed
 
 

@@ -86,7 +86,7 @@ class Blocks(unittest.TestCase):
         page = self.folder / "page.md"
         page.write_text("[a](page.md#b) [b](#c) ![c](page.md) [d](https://example.org/x)\n```\n[e](none)\n```\n")
         run_page.check_links(page)
-        for wrong in ("[a](none.md)", "[a](none.md#b)", "![a](none.svg)", "[a](page.md) [`b`](no/ne.c)"):
+        for wrong in ("[a](none.md)", "[a](none.md#b)", "![a](none.svg)", "[a](page.md) [`b`](no/ne.c)", "[a\nb](none.md)"):
             page.write_text(wrong + "\n")
             with self.assertRaises(run_page.Failure):
                 run_page.check_links(page)
