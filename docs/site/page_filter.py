@@ -64,10 +64,10 @@ class Headings:
         self.page, self.seen = page, None
 
     def __call__(self, match):
-        level, text = match.groups()
+        level, text = match[1], match[2].replace("`", "")  # Doxygen shows code in headings as it stands
         if self.seen is None:
             self.seen = {}
-            title = f"{level} {text.replace('`', '')}"
+            title = f"{level} {text}"
             return title if self.page == MAIN_PAGE else f"{title} {{#{page_name(self.page)}}}\n[TOC]"
         anchor = forge_anchor(text)
         self.seen[anchor] = self.seen.get(anchor, -1) + 1
