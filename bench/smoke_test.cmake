@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+#
 # Runs a case of each group, small and quick, and reads back what is written. No time is looked at.
 #   cmake -DBENCH=... -DFILTER=... -DJSON=... -P smoke_test.cmake
 execute_process(

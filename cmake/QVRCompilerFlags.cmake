@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+#
 # Warnings are an interface target so that the library, the tool and the tests share one list. Inside
 # another project, which may use another compiler, they are no errors.
 add_library(qvr_warnings INTERFACE)

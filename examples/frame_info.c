@@ -1,49 +1,55 @@
 /* SPDX-License-Identifier: BSD-3-Clause */
-/* Says what the first frame of a file is: frame_info FILE.qvr */
+/* Says what each frame of a file is, frame by frame. Run: ./frame_info_c FILE.qvr */
 #include <QVRUncompressed.h>
 #include <stdio.h>
 #include <stdlib.h>
 
-static void print_error(const char* message, void* user_data) {
-    fprintf((FILE*)user_data, "frame_info: %s\n", message);
+static void print_error(const char* message, void* program) {
+    fprintf(stderr, "%s: %s\n", (const char*)program, message);
 }
 
-static uint8_t* read_file(const char* path, long* size) {
-    uint8_t* bytes = NULL;
-    FILE* file = fopen(path, "rb");
-    if (file && fseek(file, 0, SEEK_END) == 0 && (*size = ftell(file)) > 0 && fseek(file, 0, SEEK_SET) == 0) {
-        bytes = malloc((size_t)*size);
-        if (bytes && fread(bytes, 1, (size_t)*size, file) != (size_t)*size) {
-            free(bytes);
-            bytes = NULL;
-        }
+/* The next frame, which opens with its own size: 32 bits, little-endian. Null when there is none; else free it. */
+static uint8_t* read_frame(FILE* file, uint32_t* size) {
+    uint8_t start[4];
+    if (fread(start, 1, 4, file) != 4) {
+        return NULL;
     }
-    if (file) {
-        fclose(file);
+    *size = start[0] | (uint32_t)start[1] << 8 | (uint32_t)start[2] << 16 | (uint32_t)start[3] << 24;
+    uint8_t* const frame = malloc(*size);
+    if (frame && fseek(file, -4, SEEK_CUR) == 0 && fread(frame, 1, *size, file) == *size) {
+        return frame;
     }
-    return bytes;
+    free(frame);
+    return NULL;
 }
 
 int main(int argc, char** argv) {
-    QVRUncompressed_CodecConfig_t config = {QVRUNCOMPRESSED_CODEC_CONFIG_SIZE, 1, NULL, print_error};
-    QVRUncompressed_UncompressedParams_t frame = {QVRUNCOMPRESSED_UNCOMPRESSED_PARAMS_SIZE, 0, 0, 0, 0, 0, 0, 0};
-    QVRUncompressed_Decoder decoder = NULL;
-    uint32_t status = QVRUncompressed_StatusFailed;
-    long size = 0;
-    uint8_t* bytes = argc == 2 ? read_file(argv[1], &size) : NULL;
-    if (!bytes) {
-        fprintf(stderr, "usage: frame_info FILE.qvr\n");
-        return 2;
+    FILE* const in = argc == 2 ? fopen(argv[1], "rb") : NULL;
+    if (!in) {
+        fprintf(stderr, argc == 2 ? "%s: cannot open %s\n" : "usage: %s FILE.qvr\n", argv[0], argv[1]);
+        return argc == 2 ? 1 : 2;
     }
-    config.userData = stderr;
-    if (QVRUncompressed_CreateDecoder(&config, &decoder) == QVRUncompressed_StatusOk && decoder) {
-        status = QVRUncompressed_ReadMetadata(decoder, bytes, (uint32_t)size, &frame);
+    const QVRUncompressed_CodecConfig_t config = {sizeof config, 1, argv[0], print_error};
+    QVRUncompressed_Decoder decoder = NULL; /* stays null when there is no memory left */
+    QVRUncompressed_CreateDecoder(&config, &decoder);
+    uint32_t size = 0, frames = 0;
+    int good = decoder != NULL;
+    for (uint8_t* bytes; good && (bytes = read_frame(in, &size)); free(bytes)) {
+        QVRUncompressed_UncompressedParams_t frame = {.size = sizeof frame};
+        good = QVRUncompressed_ReadMetadata(decoder, bytes, size, &frame) == QVRUncompressed_StatusOk;
+        if (good) {
+            printf("order %u, type %u, %u x %u pixels, %s, %u wrapped payloads\n", frame.colorComponentOrder,
+                   frame.componentType, frame.width, frame.height,
+                   frame.frameLayout == QVRUncompressed_LayoutInterlaced ? "interlaced" : "progressive",
+                   QVRUncompressed_ReadWrapCount(bytes, size));
+            ++frames;
+        }
     }
-    if (status == QVRUncompressed_StatusOk) {
-        printf("order %u, type %u, %u x %u pixels, %u wrapped payloads\n", frame.colorComponentOrder,
-               frame.componentType, frame.width, frame.height, QVRUncompressed_ReadWrapCount(bytes, (uint32_t)size));
+    if (good && (frames == 0 || !feof(in))) {
+        fprintf(stderr, "%s: the file ends, or is damaged, in frame %u\n", argv[0], frames);
+        good = 0;
     }
     QVRUncompressed_DestroyDecoder(decoder);
-    free(bytes);
-    return status == QVRUncompressed_StatusOk ? 0 : 1;
+    fclose(in);
+    return good ? 0 : 1;
 }

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Encodes one raw 1920x1080 RGBA frame with its alpha run-length coded: minimal_encoder < frame.rgba > frame.qvr
 #include <QVRUncompressed.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 //
-// Carries a compressed frame beside an alpha plane and takes both out again: wrap_frame
+// Carries a compressed frame beside an alpha plane and takes both out again. Run: ./wrap_frame
 #include <QVRUncompressed.h>
 
 #include <cstdio>
@@ -21,13 +21,12 @@ int main() {
     for (size_t i = 0; i < alpha.size(); ++i) {
         alpha[i] = i % 640 < 320 ? 255 : 0;
     }
-
     QVRUncompressed_UncompressedParams_t plane = {
         sizeof plane, QVRUncompressed_OrderAlpha, QVRUncompressed_TypeU8, 640, 360, 0, 0, 0};
-    QVRUncompressed_CompressedParams_t how = {sizeof how, 1, 0};  // code the alpha
+    const QVRUncompressed_CompressedParams_t how = {sizeof how, 1, 0};  // code the alpha
     QVRUncompressed_WrapParams_t wrap = {sizeof wrap, QVRUncompressed_WrapQCX, static_cast<uint32_t>(frame.size())};
-    QVRUncompressed_CodecConfig_t config = {sizeof config, 0, nullptr, print_error};
-    QVRUncompressed_Encoder encoder = nullptr;
+    const QVRUncompressed_CodecConfig_t config = {sizeof config, 0, nullptr, print_error};
+    QVRUncompressed_Encoder encoder = nullptr;  // a null handle is refused by each call below
     QVRUncompressed_Decoder decoder = nullptr;
     QVRUncompressed_CreateEncoder(&config, &encoder);
     QVRUncompressed_CreateDecoder(&config, &decoder);
@@ -35,20 +34,21 @@ int main() {
     std::vector<uint8_t> made(QVRUncompressed_GetCompressedWrapBufSize(&plane, &how, &wrap, 1));
     const uint8_t* payload = frame.data();
     uint32_t size = 0;
-    uint32_t status = QVRUncompressed_EncodeAndWrapFrame(encoder, &plane, &how, &wrap, 1, alpha.data(),
-                                                         static_cast<uint32_t>(alpha.size()), &payload, made.data(),
-                                                         static_cast<uint32_t>(made.size()), &size);
+    bool good = QVRUncompressed_EncodeAndWrapFrame(
+                    encoder, &plane, &how, &wrap, 1, alpha.data(), static_cast<uint32_t>(alpha.size()), &payload,
+                    made.data(), static_cast<uint32_t>(made.size()), &size) == QVRUncompressed_StatusOk;
     // Whoever receives the bytes asks what is in them, and makes buffers of these sizes.
-    wrap.wrapType = wrap.dataSize = 0;
-    status |= QVRUncompressed_ReadWrapMetadata(decoder, made.data(), size, &plane, &wrap, 1);
+    good = good &&
+           QVRUncompressed_ReadWrapMetadata(decoder, made.data(), size, &plane, &wrap, 1) == QVRUncompressed_StatusOk;
     std::vector<uint8_t> frame_back(wrap.dataSize), alpha_back(QVRUncompressed_GetUncompressedBufSize(&plane));
     uint8_t* target = frame_back.data();
-    status |= QVRUncompressed_DecodeAndUnwrapFrame(decoder, &plane, &wrap, 1, made.data(), size, alpha_back.data(),
-                                                   static_cast<uint32_t>(alpha_back.size()), &target, nullptr);
+    good = good && QVRUncompressed_DecodeAndUnwrapFrame(decoder, &plane, &wrap, 1, made.data(), size, alpha_back.data(),
+                                                        static_cast<uint32_t>(alpha_back.size()), &target,
+                                                        nullptr) == QVRUncompressed_StatusOk;
     QVRUncompressed_DestroyEncoder(encoder);
     QVRUncompressed_DestroyDecoder(decoder);
-    const bool same = status == QVRUncompressed_StatusOk && frame_back == frame && alpha_back == alpha;
+    good = good && frame_back == frame && alpha_back == alpha;
     std::printf("%zu + %zu bytes became %u, and came back %s\n", frame.size(), alpha.size(), size,
-                same ? "as they were" : "changed");
-    return same ? 0 : 1;
+                good ? "as they were" : "changed");
+    return good ? 0 : 1;
 }

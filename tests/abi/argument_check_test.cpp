@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Every combination of null pointers and wrong size fields, and which of them decides the status.
 #include <gtest/gtest.h>
 

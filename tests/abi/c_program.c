@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /* A C99 program that calls each of the fifteen functions with nothing but the public header. */
 #include <QVRUncompressed.h>
 

@@ -1,4 +1,6 @@
 #!/bin/sh
+# SPDX-License-Identifier: BSD-3-Clause
+#
 # usage: check_dependencies.sh READELF LIBRARY - only the system's runtime libraries may be needed.
 set -eu
 export LC_ALL=C

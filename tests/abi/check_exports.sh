@@ -1,4 +1,6 @@
 #!/bin/sh
+# SPDX-License-Identifier: BSD-3-Clause
+#
 # usage: check_exports.sh NM LIBRARY LIST - the names that a shared or static library shows must be exactly those of the list.
 set -eu
 export LC_ALL=C

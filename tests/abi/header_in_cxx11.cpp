@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Compiling this file is the test: the header stands alone in C++11, twice over.
 #include <QVRUncompressed.h>
 

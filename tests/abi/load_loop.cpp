@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // usage: abi_load_loop LIBRARY - loads, uses and unloads the library a thousand times; nothing may stay behind.
 #include <QVRUncompressed.h>
 #include <dirent.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Records and buffers at any address: odd ones, and right before or behind a page that may not be touched.
 #include <gtest/gtest.h>
 

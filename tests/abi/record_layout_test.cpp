@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // The records byte for byte: sizes, offsets, packing, and the numbers behind the names.
 #include <QVRUncompressed.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // The same for the functions that take wrap records: record by record, and the record before its pointer.
 #include <gtest/gtest.h>
 

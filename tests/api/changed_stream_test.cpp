@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Good bitstreams with a few bytes changed: whatever happens, it happens inside the buffers and ends with a status.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Run-length coded alpha planes from outside: padding, odd but valid payloads, and payloads that are refused.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Reading the boxes of a bitstream: what is accepted, what is refused, and with which words.
 #include <gtest/gtest.h>
 

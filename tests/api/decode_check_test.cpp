@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // The planes of a bitstream against each other and against the caller's record, in the order of the checks.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Where decoded samples go: strides, surplus planes, odd widths, fixed point to floating point.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Run-length coded alpha planes: literal payloads, slices, strides and the coder's own refusals.
 #include <gtest/gtest.h>
 

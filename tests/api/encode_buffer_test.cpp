@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Sizes of the encoder's buffers, frames without pixels, and what a failure leaves as it was.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Caller strides: the least ones, wider ones, ones that are too small, and the order of the checks on them.
 #include <gtest/gtest.h>
 

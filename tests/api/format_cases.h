@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Tiny frames of all supported pairs of order and type: the raw frame, its bitstream, and what comes back, as literals.
 #ifndef QVR_TESTS_API_FORMAT_CASES_H
 #define QVR_TESTS_API_FORMAT_CASES_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Every supported pair of order and type, from literal raw bytes to the literal bitstream and back.
 #include <gtest/gtest.h>
 

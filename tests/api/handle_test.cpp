@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Creating and destroying handles, the version, and where the messages go.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // What a bitstream's planes are called, which of them may stand together, and what the metadata say of them.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // All pairs of order and type on frames of many sizes and strides, with each number of threads.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // A slow and plain second description of the raw layouts: any frame taken apart into samples and put together again.
 #ifndef QVR_TESTS_API_SAMPLE_PLANES_H
 #define QVR_TESTS_API_SAMPLE_PLANES_H

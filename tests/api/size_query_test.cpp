@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // What the three size queries answer, literally.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // The same bytes for each number of threads, handles used side by side, and functions that need no handle.
 #include <gtest/gtest.h>
 

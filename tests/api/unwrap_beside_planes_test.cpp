@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Unwrapping a compressed frame that stands beside a frame of several planes: the alpha plane is taken alone, into the
 // rows of an order that the planes serve.
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Taking one compressed frame and its alpha plane out of a bitstream, and the checks in their order.
 #include <gtest/gtest.h>
 

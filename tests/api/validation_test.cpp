@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // The rules that the encoder checks before it touches a pixel, and their order.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Wrapping one compressed frame beside an alpha plane, and its checks in their order.
 #include <gtest/gtest.h>
 

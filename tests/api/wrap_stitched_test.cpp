@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Stitched chunks: wrapping, counting, describing and unwrapping them.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Parsing: what a good bitstream becomes, and the message of every way to be a bad one.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "container/frame_layout.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "api/base/pixel_format.h"
 
 #include <gtest/gtest.h>

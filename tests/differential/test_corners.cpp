@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "compare.h"
 #include "harness.h"
 #include "streams.h"

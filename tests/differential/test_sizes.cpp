@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "compare.h"
 #include "generate.h"
 #include "harness.h"

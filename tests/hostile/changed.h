@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Changes to a bitstream: box sizes and boxes, found in a good stream by its structure.
 #ifndef QVR_TESTS_HOSTILE_CHANGED_H
 #define QVR_TESTS_HOSTILE_CHANGED_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Streams that hold one coded alpha plane each, in every way a caller can ask for it, and payloads made bit by bit.
 #ifndef QVR_TESTS_HOSTILE_CODED_CARRIERS_H
 #define QVR_TESTS_HOSTILE_CODED_CARRIERS_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Frames without rows or without columns: there is nothing to divide, to wait for or to write.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // The writing side of the probe: any record, any source, and what the model makes of them.
 #ifndef QVR_TESTS_HOSTILE_ENCODE_PROBE_H
 #define QVR_TESTS_HOSTILE_ENCODE_PROBE_H

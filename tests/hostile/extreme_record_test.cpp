@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Widths, heights and strides of 0, 1, 0x7fffffff, 0x80000000 and 0xffffffff in every record and every stream.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // One good bitstream of each family. Tests prove that it is good before they change it.
 #ifndef QVR_TESTS_HOSTILE_GOOD_STREAMS_H
 #define QVR_TESTS_HOSTILE_GOOD_STREAMS_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // A million boxes of the smallest sizes. A reader that looked back at those it has seen would not come to an end here.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Odd widths on decoding. No encoder of ours writes them for 4:2:2 and 4:2:0, but a stream can hold them. The colour
 // plane stands last in the stream, where one sample too many lies on the inaccessible page.
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Puts one bitstream before every call that reads one, in every kind of buffer, and compares all that happens with what
 // the model says. What comes back are the outcomes in words, for tests that state them literally.
 #ifndef QVR_TESTS_HOSTILE_PROBE_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Every bit of coded payloads turned, every byte replaced, and index tables of any sizes and rows, against the model.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Coded alpha whose payload lies: about its slices, its rows, its sizes, its runs and its end. Each payload goes to the
 // decoder in every order that can hold it, with and without threads.
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // The size field of every box of a good stream, set to what a size should never be.
 #include <gtest/gtest.h>
 

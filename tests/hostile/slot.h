@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Memory against an inaccessible page that serves one buffer after another: sweeps have no time to map pages each time.
 #ifndef QVR_TESTS_HOSTILE_SLOT_H
 #define QVR_TESTS_HOSTILE_SLOT_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Boxes of no size, of 7 and of 8 bytes, of every type, in every place of a good stream.
 #include <gtest/gtest.h>
 

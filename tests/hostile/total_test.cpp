@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Sums and products past 32 and 64 bits: boxes at the end of the largest source there can be, planes larger than any
 // buffer, and frames that only a size computed modulo something would let in.
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Every length that a good stream can be cut to, with and without a size field that goes along with the cut.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Every bit of the first 256 bytes of a good stream turned, one at a time.
 #include <gtest/gtest.h>
 

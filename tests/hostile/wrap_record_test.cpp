@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Wrap records that do not agree with the boxes: types, sizes and counts, on reading and on writing.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Runs a kernel of every instruction set that the machine has against the scalar one: sources and destinations at every
 // alignment, each ended and in a second run begun by an inaccessible page, destinations filled twice with different
 // bytes so that every byte written, and no other, is seen.

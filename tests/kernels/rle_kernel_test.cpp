@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // The kernels of the alpha coder: samples into runs, runs into tokens.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // The row kernels: literal rows for the scalar definitions, then every other instruction set against them.
 #include <gtest/gtest.h>
 

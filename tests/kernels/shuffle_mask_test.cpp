@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // The byte shuffles that follow from the pixel maps, against the bytes written out and the scalar kernels.
 #include <gtest/gtest.h>
 

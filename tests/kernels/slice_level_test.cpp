@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Decoding slices by every instruction set against looking closely at every token.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Copying past the caches: every length and pair of alignments, between inaccessible pages.
 #include "pixel/kernels/stream_copy.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // The table of token beginnings, against tokens read field by field. Entries are made while the test runs, which those of
 // the library's constant table are not, so that whatever watches the program sees it.
 #include "rle/kernels/token_table.h"

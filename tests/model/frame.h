@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #ifndef QVR_TESTS_MODEL_FRAME_H
 #define QVR_TESTS_MODEL_FRAME_H
 

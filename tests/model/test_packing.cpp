@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "test_helpers.h"
 
 using namespace model_test;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "rle/rle_params.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Coding whole planes in tests: plain calls, and the message of a call that fails.
 #pragma once
 

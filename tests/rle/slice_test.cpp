@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // The token stream of one slice.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Calls with every combination of null pointers and wrong size fields.
 #ifndef QVR_TESTS_SUPPORT_ARGUMENT_SWEEP_H
 #define QVR_TESTS_SUPPORT_ARGUMENT_SWEEP_H

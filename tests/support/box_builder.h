@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Bitstreams built box by box, right or wrong.
 #ifndef QVR_TESTS_SUPPORT_BOX_BUILDER_H
 #define QVR_TESTS_SUPPORT_BOX_BUILDER_H

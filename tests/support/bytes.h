@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Byte strings as tests write them: hexadecimal and binary literals, and back to text for failure messages.
 #ifndef QVR_TESTS_SUPPORT_BYTES_H
 #define QVR_TESTS_SUPPORT_BYTES_H

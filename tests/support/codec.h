@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Handles that record the messages of their error callback, and calls that run on exactly sized, guarded buffers.
 #ifndef QVR_TESTS_SUPPORT_CODEC_H
 #define QVR_TESTS_SUPPORT_CODEC_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "guarded_buffer.h"
 
 #include <sys/mman.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Buffers whose neighbouring page is inaccessible: one byte too far ends the test with a fault.
 #ifndef QVR_TESTS_SUPPORT_GUARDED_BUFFER_H
 #define QVR_TESTS_SUPPORT_GUARDED_BUFFER_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // The library's records and the model's, each from the other.
 #ifndef QVR_TESTS_SUPPORT_MODEL_RECORDS_H
 #define QVR_TESTS_SUPPORT_MODEL_RECORDS_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Random test content that can be had again: the seed is part of every failure message of the test that uses it.
 #ifndef QVR_TESTS_SUPPORT_RANDOM_SOURCE_H
 #define QVR_TESTS_SUPPORT_RANDOM_SOURCE_H

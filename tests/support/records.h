@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Parameter records in one line.
 #ifndef QVR_TESTS_SUPPORT_RECORDS_H
 #define QVR_TESTS_SUPPORT_RECORDS_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Memory that runs out at each allocation in turn: the function fails as documented and says so once, nothing leaks, and
 // the handle goes on to give the same bytes.
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // A frame on its way through the exported functions, there and back. All memory is taken when it is made: what the calls
 // take is the library's own.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // Handles that come and go leave nothing behind: no memory, no thread, no open file.
 #include <dirent.h>
 #include <gtest/gtest.h>

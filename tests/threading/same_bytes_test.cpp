@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // The same statuses, messages and bytes for each number of threads and each instruction set, for all that can be encoded.
 #include <gtest/gtest.h>
 

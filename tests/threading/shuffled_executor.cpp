@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // The thread pool without threads: the same class, whose batches run on the calling thread in a shuffled order. A program
 // that is linked with this file leaves the library's own threaded_executor.cpp out.
 #include "shuffled_executor.h"

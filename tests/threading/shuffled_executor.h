@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // What shuffled_executor.cpp, which stands in for the library's thread pool, lets a test choose and see.
 #pragma once
 

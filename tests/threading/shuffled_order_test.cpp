@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // No task relies on another one of its batch: run one by one in any order, they give the same bytes and messages.
 #include <gtest/gtest.h>
 

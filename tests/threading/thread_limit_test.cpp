@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // What happens when the machine has no thread left to give: std::thread is stood in for by a count that runs out.
 #include <dirent.h>
 #include <dlfcn.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "threading/threaded_executor.h"
 
 #include <gtest/gtest.h>

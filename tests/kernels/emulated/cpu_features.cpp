@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // A processor that has everything: its instructions are emulated.
 #include "api/base/cpu_features.h"
 

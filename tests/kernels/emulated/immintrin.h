@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
 // The processor's vector instructions in plain C++, so that kernels for instruction sets that this machine lacks can be
 // run all the same. Stands in for the compiler's header of that name.
 #pragma once
