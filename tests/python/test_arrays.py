@@ -55,6 +55,34 @@ def test_planes_with_gaps_are_not_copied(rng):
     assert not uses(source("I420", "U8", [y, cr, cb], 6, 4), [y, cr, cb])
 
 
+def test_chroma_planes_with_strides_of_their_own_are_copied(rng):
+    memory = frames.noise(rng, (24 + 2 * 7 + 2 * 5,), np.uint8)
+    planes = [memory[:24].reshape(4, 6), memory[24:38].reshape(2, 7)[:, :3], memory[38:].reshape(2, 5)[:, :3]]
+    assert not uses(source("I420", "U8", planes, 6, 4), planes)
+    assert qvr.encode(planes, "I420") == qvr.encode([plane.copy() for plane in planes], "I420")
+
+
+@pytest.mark.parametrize("order", ["Alpha", "A420", "UYVY_A", "YUY2_A"])
+def test_alpha_planes_that_are_coded_have_no_gaps(rng, order):
+    """With wide ones the library would not code them, and when it decodes it may write between their rows."""
+    planes = []
+    used = 0
+    memory = frames.noise(rng, (4096,), np.uint8)
+    shapes = frames.shapes(order, "U8", 6, 4)
+    for index, shape in enumerate(shapes):
+        stride = int(np.prod(shape[1:])) + 400 * (index in (0, len(shapes) - 1))
+        block = memory[used : used + shape[0] * stride].reshape(shape[0], stride)
+        planes.append(block[:, : int(np.prod(shape[1:]))].reshape(shape))
+        used += block.size
+    layout = layout_of(order, "U8")
+    assert uses(source(order, "U8", planes, 6, 4), planes)
+    assert not uses(source(order, "U8", planes, 6, 4, tight_alpha=True), planes)
+    assert _frames.target_run(layout, planes) is None
+    frame = frames.as_frame(planes)
+    tight = frames.as_frame([plane.copy() for plane in planes])
+    assert qvr.encode(frame, order, "U8", alpha_rle=True) == qvr.encode(tight, order, "U8", alpha_rle=True)
+
+
 @pytest.mark.parametrize("change", [
     lambda a: a[::-1], lambda a: a[:, ::-1], lambda a: a[:, :, ::-1], lambda a: a.transpose(1, 0, 2),
     lambda a: np.broadcast_to(a[:1], a.shape), lambda a: a[:, ::2].repeat(2, 1)[:, ::-1],

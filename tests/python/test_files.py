@@ -33,7 +33,8 @@ def test_what_is_written_is_read(clip):
             assert reader.index == index
             assert reader.info == (qvr.Order.ARGB, qvr.Type.U8, 8, 6, False, ())
         assert index == 6
-        assert list(reader) == []
+        assert list(reader) == [] and (reader.index, reader.offset) == (6, path.stat().st_size - len(
+            qvr.encode(made[6], "RGBA", alpha_rle=True)))
     assert path.read_bytes() == b"".join(qvr.encode(frame, "RGBA", alpha_rle=True) for frame in made)
 
 
@@ -166,6 +167,7 @@ def test_damage_is_told_with_its_place(data, message, tmp_path):
     path.write_bytes(data)
     with qvr.Reader(path) as reader:
         assert message_of(reader) == f"{path}: {message}"
+        assert list(reader) == [] and (reader.index, reader.offset) == (0, 0)
 
 
 def test_reading_goes_on_behind_a_frame_that_cannot_be_decoded(rng):

@@ -26,7 +26,7 @@ class Reader:
 
     index, offset: of the last frame that was read; -1 and 0 before the first. info: its FrameInfo, once it was decoded.
     A reader is for one thread at a time. Raises FileError for a damaged file or frame; behind a frame that cannot be
-    decoded reading can go on.
+    decoded reading can go on, behind one whose size is damaged it ends.
     """
 
     def __init__(self, file, order=None, type=None, *, out=None, threads=1):
@@ -34,7 +34,8 @@ class Reader:
         self._how = (order, type, out)
         self._file, self.name, self._ours = _open(file, "rb")
         self._buffer = bytearray()
-        self._size = 0
+        self._end = 0
+        self._damaged = False
         self.index = -1
         self.offset = 0
         self.info = None
@@ -70,14 +71,14 @@ class Reader:
         self.close()
 
     def _next(self):
-        """A view of the next frame's bytes, empty at the end of the file."""
-        self.offset += self._size
-        self._size = 0
-        self.info = None
-        have = self._fill(0, HEADER.size)
+        """A view of the next frame's bytes, empty at the end of the file and behind damage."""
+        have = 0 if self._damaged else self._fill(0, HEADER.size)
         if have == 0:
             return memoryview(b"")
         self.index += 1
+        self.offset = self._end
+        self.info = None
+        self._damaged = True
         if have < HEADER.size:
             raise self._error(f"only {have} bytes are left, fewer than a box header has")
         size, kind = HEADER.unpack_from(self._buffer)
@@ -88,7 +89,8 @@ class Reader:
         have = self._fill(HEADER.size, size)
         if have < size:
             raise self._error(f"the 'pack' box says that the frame has {size} bytes, but the file ends after {have}")
-        self._size = size
+        self._damaged = False
+        self._end += size
         return memoryview(self._buffer)[:size].toreadonly()
 
     def _fill(self, have, want):
