@@ -1,0 +1,296 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
+// qvrdec: one frame of the bitstream in, one raw frame out.
+#include <gst/video/gstvideodecoder.h>
+
+#include <memory>
+#include <optional>
+
+#include "codec.h"
+#include "elements.h"
+#include "formats.h"
+#include "frame_view.h"
+#include "mapped_buffer.h"
+#include "settings.h"
+#include "stream.h"
+
+namespace qvr_gst {
+
+namespace {
+
+struct decoder_state {
+    codec_settings settings;  // under the object's lock
+    std::unique_ptr<decoder_codec> codec;
+    GstVideoCodecState* input = nullptr;
+    GstVideoCodecState* output = nullptr;
+    const format_row* row = nullptr;
+    frame_params stream = {};  // what the output was negotiated for
+};
+
+struct decoder_element {
+    GstVideoDecoder base;
+    decoder_state* state;
+};
+
+GstVideoDecoderClass* parent_class = nullptr;
+
+decoder_state& state_of(gpointer object) {
+    return *static_cast<decoder_element*>(object)->state;
+}
+
+codec_settings settings_of(gpointer object) {
+    GST_OBJECT_LOCK(object);
+    const codec_settings copy = state_of(object).settings;
+    GST_OBJECT_UNLOCK(object);
+    return copy;
+}
+
+// ---- Properties
+
+void set_property(GObject* object, guint id, const GValue* value, GParamSpec* spec) {
+    GST_OBJECT_LOCK(object);
+    if (!set_codec_property(state_of(object).settings, id, value)) {
+        G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+    }
+    GST_OBJECT_UNLOCK(object);
+}
+
+void get_property(GObject* object, guint id, GValue* value, GParamSpec* spec) {
+    if (!get_codec_property(settings_of(object), id, value)) {
+        G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+    }
+}
+
+// ---- Life
+
+gboolean start(GstVideoDecoder* decoder) {
+    decoder_state& state = state_of(decoder);
+    state.codec = std::make_unique<decoder_codec>(settings_of(decoder).threads);
+    if (!*state.codec) {
+        GST_ELEMENT_ERROR(decoder, LIBRARY, INIT, ("The decoder could not be made."), ("%s", state.codec->message()));
+        return FALSE;
+    }
+    return TRUE;
+}
+
+// The next frame chooses its output anew.
+void forget_output(decoder_state& state) {
+    g_clear_pointer(&state.output, gst_video_codec_state_unref);
+}
+
+gboolean stop(GstVideoDecoder* decoder) {
+    decoder_state& state = state_of(decoder);
+    forget_output(state);
+    g_clear_pointer(&state.input, gst_video_codec_state_unref);
+    state.codec.reset();
+    return TRUE;
+}
+
+// ---- Negotiation
+
+gboolean set_format(GstVideoDecoder* decoder, GstVideoCodecState* input) {
+    decoder_state& state = state_of(decoder);
+    forget_output(state);
+    g_clear_pointer(&state.input, gst_video_codec_state_unref);
+    state.input = gst_video_codec_state_ref(input);
+    return TRUE;
+}
+
+// The first of the formats that downstream takes; when it takes none the first of all, and negotiation fails.
+const format_row* choose(GstVideoDecoder* decoder, GstCaps* offered) {
+    GstCaps* const allowed = gst_pad_peer_query_caps(GST_VIDEO_DECODER_SRC_PAD(decoder), offered);
+    GstCaps* const common = gst_caps_intersect_full(offered, allowed, GST_CAPS_INTERSECT_FIRST);
+    const GstStructure* const first = gst_caps_get_structure(gst_caps_is_empty(common) ? offered : common, 0);
+    const format_row* const row = row_of(gst_video_format_from_string(gst_structure_get_string(first, "format")));
+    gst_caps_unref(common);
+    gst_caps_unref(allowed);
+    return row;
+}
+
+// A stream of mixed frames stays one whatever the single frame is.
+GstVideoInterlaceMode interlace_mode_of(const GstVideoInfo& input, const frame_params& stream) {
+    if (GST_VIDEO_INFO_INTERLACE_MODE(&input) == GST_VIDEO_INTERLACE_MODE_MIXED) {
+        return GST_VIDEO_INTERLACE_MODE_MIXED;
+    }
+    return stream.frameLayout == QVRUncompressed_LayoutInterlaced ? GST_VIDEO_INTERLACE_MODE_INTERLEAVED
+                                                                  : GST_VIDEO_INTERLACE_MODE_PROGRESSIVE;
+}
+
+GstFlowReturn negotiate(GstVideoDecoder* decoder, const frame_params& stream) {
+    decoder_state& state = state_of(decoder);
+    forget_output(state);
+    GstCaps* const offered = decoded_caps(stream, settings_of(decoder).choice);
+    if (gst_caps_is_empty(offered)) {
+        gst_caps_unref(offered);
+        GST_ELEMENT_ERROR(decoder, STREAM, NOT_IMPLEMENTED, ("There is no raw video format for this stream."),
+                          ("order %u, component type %u%s", stream.colorComponentOrder, stream.componentType,
+                           is_packed_444(stream) ? "; set packed-444 to say what its three samples are" : ""));
+        return GST_FLOW_ERROR;
+    }
+    state.row = choose(decoder, offered);
+    gst_caps_unref(offered);
+    state.output = gst_video_decoder_set_interlaced_output_state(decoder, state.row->format,
+                                                                 interlace_mode_of(state.input->info, stream),
+                                                                 stream.width, stream.height, state.input);
+    state.stream = stream;
+    return state.output != nullptr && gst_video_decoder_negotiate(decoder) ? GST_FLOW_OK : GST_FLOW_NOT_NEGOTIATED;
+}
+
+bool is_negotiated_for(GstVideoDecoder* decoder, const frame_params& stream) {
+    const decoder_state& state = state_of(decoder);
+    const frame_params& known = state.stream;
+    return state.output != nullptr && !gst_pad_check_reconfigure(GST_VIDEO_DECODER_SRC_PAD(decoder)) &&
+           known.colorComponentOrder == stream.colorComponentOrder && known.componentType == stream.componentType &&
+           known.width == stream.width && known.height == stream.height &&
+           (known.frameLayout == stream.frameLayout ||
+            GST_VIDEO_INFO_INTERLACE_MODE(&state.input->info) == GST_VIDEO_INTERLACE_MODE_MIXED);
+}
+
+// Frames may go out in any strides and offsets that a pool of downstream's wishes.
+gboolean decide_allocation(GstVideoDecoder* decoder, GstQuery* query) {
+    if (!parent_class->decide_allocation(decoder, query)) {
+        return FALSE;
+    }
+    if (!gst_query_find_allocation_meta(query, GST_VIDEO_META_API_TYPE, nullptr)) {
+        return TRUE;
+    }
+    GstBufferPool* pool = nullptr;
+    gst_query_parse_nth_allocation_pool(query, 0, &pool, nullptr, nullptr, nullptr);
+    if (pool != nullptr) {
+        GstStructure* const config = gst_buffer_pool_get_config(pool);
+        gst_buffer_pool_config_add_option(config, GST_BUFFER_POOL_OPTION_VIDEO_META);
+        gst_buffer_pool_set_config(pool, config);
+        gst_object_unref(pool);
+    }
+    return TRUE;
+}
+
+// ---- Frames
+
+// A damaged frame is left out with a warning on the bus; the base class counts it against its "max-errors".
+GstFlowReturn drop_damaged(GstVideoDecoder* decoder, GstVideoCodecFrame* frame, const char* reason) {
+    GST_ELEMENT_WARNING(decoder, STREAM, DECODE, ("A damaged frame was left out."), ("%s", reason));
+    gst_video_decoder_drop_frame(decoder, frame);
+    GstFlowReturn result = GST_FLOW_OK;
+    GST_VIDEO_DECODER_ERROR(decoder, 1, STREAM, DECODE, ("Too many frames are damaged."), ("%s", reason), result);
+    return result;
+}
+
+bool decode(const decoder_state& state, const mapped_buffer& coded, const frame_view& to) {
+    return QVRUncompressed_DecodeFrame(state.codec->get(), &to.up, coded.data(), coded.size(), to.data, to.size,
+                                       nullptr) == QVRUncompressed_StatusOk;
+}
+
+// Decodes into a buffer of the pool, or by way of a copy when its planes do not lie as the library wants them. False
+// when the frame is damaged.
+bool decode_into(GstVideoDecoder* decoder, const mapped_buffer& coded, mapped_frame& target) {
+    const decoder_state& state = state_of(decoder);
+    if (const std::optional<frame_view> view = view_of(target.frame(), *state.row)) {
+        return decode(state, coded, *view);
+    }
+    GST_LOG_OBJECT(decoder, "copying a frame whose planes lie apart");
+    const GstVideoInfo layout = gapless(state.output->info);
+    const buffer_pointer copy(gst_buffer_new_allocate(nullptr, layout.size, nullptr));
+    const mapped_frame source(layout, copy.get(), GST_MAP_READWRITE);
+    return source && decode(state, coded, *view_of(source.frame(), *state.row)) && source.copy_to(target);
+}
+
+GstFlowReturn decode_frame(GstVideoDecoder* decoder, GstVideoCodecFrame* frame, const mapped_buffer& coded,
+                           const frame_params& stream) {
+    const decoder_state& state = state_of(decoder);
+    const GstFlowReturn allocated = gst_video_decoder_allocate_output_frame(decoder, frame);
+    if (allocated != GST_FLOW_OK) {
+        gst_video_decoder_release_frame(decoder, frame);
+        return allocated;
+    }
+    bool good = false;
+    {
+        mapped_frame target(state.output->info, frame->output_buffer, GST_MAP_WRITE);
+        good = target && decode_into(decoder, coded, target);
+    }
+    if (!good) {
+        return drop_damaged(decoder, frame, state.codec->message());
+    }
+    copy_field_flags(frame->input_buffer, frame->output_buffer);
+    if (stream.frameLayout == QVRUncompressed_LayoutInterlaced) {
+        GST_BUFFER_FLAG_SET(frame->output_buffer, GST_VIDEO_BUFFER_FLAG_INTERLACED);
+    }
+    return gst_video_decoder_finish_frame(decoder, frame);
+}
+
+GstFlowReturn handle_frame(GstVideoDecoder* decoder, GstVideoCodecFrame* frame) {
+    const decoder_state& state = state_of(decoder);
+    const mapped_buffer coded(frame->input_buffer, GST_MAP_READ);
+    frame_params stream = {};
+    stream.size = sizeof stream;
+    if (!coded || QVRUncompressed_ReadMetadata(state.codec->get(), coded.data(), coded.size(), &stream) !=
+                      QVRUncompressed_StatusOk) {
+        return drop_damaged(decoder, frame, state.codec->message());
+    }
+    const bool is_stitched = stream.colorComponentOrder == 0;
+    if (!is_stitched && !is_small_enough(stream)) {
+        return drop_damaged(decoder, frame, "its dimensions are 0 or too large");
+    }
+    if (!is_negotiated_for(decoder, stream)) {
+        const GstFlowReturn negotiated = negotiate(decoder, stream);
+        if (negotiated != GST_FLOW_OK) {
+            gst_video_decoder_release_frame(decoder, frame);
+            return negotiated;
+        }
+    }
+    return decode_frame(decoder, frame, coded, stream);
+}
+
+// ---- Class
+
+void init(GTypeInstance* instance, gpointer) {
+    auto* const decoder = reinterpret_cast<decoder_element*>(instance);
+    decoder->state = new decoder_state;
+    gst_video_decoder_set_packetized(&decoder->base, TRUE);
+    gst_video_decoder_set_needs_format(&decoder->base, TRUE);
+    gst_video_decoder_set_use_default_pad_acceptcaps(&decoder->base, TRUE);
+}
+
+void finalize(GObject* object) {
+    delete reinterpret_cast<decoder_element*>(object)->state;
+    G_OBJECT_CLASS(parent_class)->finalize(object);
+}
+
+void add_pads(GstElementClass* element_class) {
+    GstCaps* const coded = encoded_caps(framing::parsed);
+    GstCaps* const raw = template_caps(dimensions::any);
+    gst_element_class_add_pad_template(element_class,
+                                       gst_pad_template_new("sink", GST_PAD_SINK, GST_PAD_ALWAYS, coded));
+    gst_element_class_add_pad_template(element_class, gst_pad_template_new("src", GST_PAD_SRC, GST_PAD_ALWAYS, raw));
+    gst_caps_unref(coded);
+    gst_caps_unref(raw);
+}
+
+void class_init(gpointer klass, gpointer) {
+    parent_class = GST_VIDEO_DECODER_CLASS(g_type_class_peek_parent(klass));
+    GObjectClass* const object_class = G_OBJECT_CLASS(klass);
+    object_class->set_property = set_property;
+    object_class->get_property = get_property;
+    object_class->finalize = finalize;
+    install_codec_properties(object_class);
+    add_pads(GST_ELEMENT_CLASS(klass));
+    gst_element_class_set_static_metadata(
+        GST_ELEMENT_CLASS(klass), "QVRUncompressed video decoder", "Codec/Decoder/Video",
+        "Brings back the raw video frames of a QVRUncompressed bitstream, in any format that its planes fit", k_author);
+    GstVideoDecoderClass* const decoder_class = GST_VIDEO_DECODER_CLASS(klass);
+    decoder_class->start = start;
+    decoder_class->stop = stop;
+    decoder_class->set_format = set_format;
+    decoder_class->decide_allocation = decide_allocation;
+    decoder_class->handle_frame = handle_frame;
+}
+
+}  // namespace
+
+bool register_decoder(GstPlugin* plugin) {
+    const GType type =
+        new_type<decoder_element, GstVideoDecoderClass>(GST_TYPE_VIDEO_DECODER, "GstQvrDec", class_init, init);
+    return gst_element_register(plugin, "qvrdec", GST_RANK_PRIMARY, type) != FALSE;
+}
+
+}  // namespace qvr_gst

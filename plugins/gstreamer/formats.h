@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
+// Which of GStreamer's raw formats is which order and type of the library's, and which of them a stream decodes to.
+#pragma once
+
+#include <QVRUncompressed.h>
+#include <gst/video/video.h>
+
+#include <cstdint>
+
+namespace qvr_gst {
+
+using frame_params = QVRUncompressed_UncompressedParams_t;
+
+// Widest and highest frame that the elements take.
+constexpr std::uint32_t k_most_pixels = 32768;
+
+// A 4:4:4 YCbCr stream does not say which of its three samples is which, so nothing is assumed unless asked for.
+enum packed_444 { k_444_off, k_444_uyv, k_444_yuv };
+GType packed_444_type();
+
+struct format_row {
+    GstVideoFormat format;
+    std::uint32_t order;
+    std::uint32_t type;
+    packed_444 needs = k_444_off;  // else the format is used with this choice alone
+};
+
+// The row of a format; null when there is none.
+const format_row* row_of(GstVideoFormat format);
+
+// Whether a frame that reads as `stream` can be decoded into the row's format.
+bool serves(const format_row& row, const frame_params& stream);
+
+// All formats, with the even dimensions that encoding asks for, or with any.
+enum class dimensions { for_encoding, any };
+GstCaps* raw_caps(dimensions which, packed_444 choice);
+// The same with every choice for 4:4:4, as pad templates show it.
+GstCaps* template_caps(dimensions which);
+
+// What a frame that reads as `stream` can be decoded into, the best first: its own layout, then those that keep its
+// alpha. Empty when there is nothing.
+GstCaps* decoded_caps(const frame_params& stream, packed_444 choice);
+
+// Whether that is a stream which packed_444 has to be given for.
+bool is_packed_444(const frame_params& stream);
+
+}  // namespace qvr_gst

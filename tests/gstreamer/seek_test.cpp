@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
+// Any frame of a file can be gone to, whether frames are of one size or not.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "media.h"
+#include "random_source.h"
+
+using media::bytes;
+using test::operator+;
+
+namespace {
+
+constexpr std::uint32_t k_frames = 40;
+
+// Frame n begins with the sample n. Coded frames are of many sizes.
+bytes clip(bool coded) {
+    bytes stream;
+    for (std::uint32_t i = 0; i < k_frames; ++i) {
+        test::random_source random(i);
+        bytes pixels = coded ? random.runs(64 * 32) : random.content(64 * 32);
+        pixels[0] = static_cast<std::uint8_t>(i);
+        stream = stream + media::encoded(media::format_named("GRAY8"), 64, 32, pixels, coded);
+    }
+    return stream;
+}
+
+std::string reader(const media::temporary_file& file, const char* between) {
+    return "filesrc location=" + file.path() + " ! qvrparse framerate=30/1 " + between +
+           " ! qvrdec threads=1 ! appsink name=out sync=false wait-on-eos=false max-buffers=2";
+}
+
+void expect_frame(media::pipeline& pipeline, std::uint32_t frame) {
+    const media::frame shown = pipeline.shown("out");
+    ASSERT_FALSE(shown.pixels.empty());
+    EXPECT_EQ(shown.pixels[0], frame);
+    EXPECT_EQ(shown.pts, frame * GST_SECOND / 30);
+}
+
+constexpr std::uint32_t k_visits[] = {20, 3, 39, 0, 38, 21, 22, 1};
+
+}  // namespace
+
+class seek : public testing::TestWithParam<bool> {};
+
+TEST_P(seek, by_time) {
+    const media::temporary_file file(clip(GetParam()));
+    media::pipeline pipeline(reader(file, ""));
+    ASSERT_TRUE(pipeline.pause());
+    for (const std::uint32_t frame : k_visits) {
+        const auto time = static_cast<gint64>(frame * GST_SECOND / 30);
+        ASSERT_TRUE(pipeline.seek(GST_FORMAT_TIME, time, GST_SEEK_FLAG_ACCURATE));
+        expect_frame(pipeline, frame);
+        ASSERT_TRUE(pipeline.seek(GST_FORMAT_TIME, time, GST_SEEK_FLAG_KEY_UNIT));
+        expect_frame(pipeline, frame);
+    }
+}
+
+TEST_P(seek, by_frame_number) {
+    const media::temporary_file file(clip(GetParam()));
+    media::pipeline pipeline(reader(file, ""));
+    ASSERT_TRUE(pipeline.pause());
+    for (const std::uint32_t frame : k_visits) {
+        ASSERT_TRUE(pipeline.seek(GST_FORMAT_DEFAULT, frame, GST_SEEK_FLAG_NONE));
+        expect_frame(pipeline, frame);
+    }
+}
+
+TEST_P(seek, and_on_to_the_end) {
+    const media::temporary_file file(clip(GetParam()));
+    media::pipeline pipeline(
+        "filesrc location=" + file.path() +
+        " ! qvrparse framerate=30/1 ! qvrdec threads=1 ! appsink name=out sync=false wait-on-eos=false");
+    ASSERT_TRUE(pipeline.pause());
+    ASSERT_TRUE(pipeline.seek(GST_FORMAT_DEFAULT, 35, GST_SEEK_FLAG_ACCURATE));
+    ASSERT_TRUE(pipeline.run().eos);
+    const auto rest = pipeline.take("out");
+    ASSERT_EQ(rest.size(), 5u);
+    for (std::uint32_t i = 0; i < 5; ++i) {
+        EXPECT_EQ(rest[i].pixels[0], 35 + i);
+        EXPECT_EQ(rest[i].pts, (35 + i) * GST_SECOND / 30);
+    }
+}
+
+TEST_P(seek, behind_a_queue) {
+    const media::temporary_file file(clip(GetParam()));
+    media::pipeline pipeline(reader(file, "! queue"));
+    ASSERT_TRUE(pipeline.pause());
+    ASSERT_TRUE(pipeline.seek(GST_FORMAT_DEFAULT, 17, GST_SEEK_FLAG_ACCURATE));
+    expect_frame(pipeline, 17);
+}
+
+INSTANTIATE_TEST_SUITE_P(coded, seek, testing::Bool());
+
+TEST(seek_duration, is_known_of_frames_of_one_size) {
+    const media::temporary_file file(clip(false));
+    media::pipeline pipeline(reader(file, ""));
+    ASSERT_TRUE(pipeline.pause());
+    EXPECT_EQ(pipeline.duration(GST_FORMAT_TIME), static_cast<gint64>(k_frames * GST_SECOND / 30));
+    EXPECT_EQ(pipeline.duration(GST_FORMAT_DEFAULT), static_cast<gint64>(k_frames));
+}
