@@ -26,6 +26,7 @@ class failure : public std::runtime_error {
     failure(exit_code code, location where, const std::string& what, std::string hint = {});
 
     exit_code code() const { return ends_with; }
+    const std::string& hint() const { return advice; }
     // The complete text for standard error, hint included, with a line feed at the end.
     std::string text() const;
 
