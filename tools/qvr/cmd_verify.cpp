@@ -104,12 +104,20 @@ class verifying {
         }
         all.count(verdict);
         if (is_bad(verdict) && !first_bad) {
-            const finding& worst = worst_of(verdict);
-            first_bad = {found.reader.place(), worst.detail,
-                         verdict.has_errors ? "'qvr dump' shows its boxes; encode the frame again from its source"
-                                            : "leave --strict out to take frames that are sound"};
+            first_bad = describe(found, verdict);
         }
         print(found.reader, verdict);
+    }
+
+    static bad_frame describe(const found_frame& found, const frame_verdict& verdict) {
+        const finding& worst = worst_of(verdict);
+        std::string text = worst.detail;
+        if (worst.offset > 0) {
+            text = "offset " + std::to_string(found.reader.offset() + worst.offset) + ": " + text;
+        }
+        const char* advice = verdict.has_errors ? "'qvr dump' shows its boxes; encode the frame again from its source"
+                                                : "the frame is sound; leave --strict out to take such frames";
+        return {found.reader.place(), text, found.broken ? found.broken->hint() : advice};
     }
 
     static const finding& worst_of(const frame_verdict& verdict) {

@@ -36,6 +36,9 @@ class failure : public std::runtime_error {
     std::string advice;
 };
 
+// What can be done about an error of the system, by its number; may be empty.
+std::string system_hint(int error);
+
 // "qvr: warning: FILE: WHAT" on standard error.
 void warn(const std::string& file, const std::string& what);
 

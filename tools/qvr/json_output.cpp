@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "command.h"
 #include "formats.h"
 #include "frame_text.h"
 
@@ -45,6 +46,19 @@ json json_error(const failure* problem) {
         return nullptr;
     }
     return {{"message", problem->what()}, {"hint", problem->hint().empty() ? json(nullptr) : json(problem->hint())}};
+}
+
+void print_result(const char* command, const std::string& output, unsigned long long frames, const codec_time& time,
+                  const json& facts) {
+    json document = json_document("qvr-result/1");
+    document.update({{"command", command},
+                     {"output", output},
+                     {"frames", frames},
+                     {"raw_bytes", time.raw_bytes},
+                     {"codec_seconds", time.seconds}});
+    document.update(facts);
+    print_json(document);
+    finish_standard_output();
 }
 
 void require_free_output(const std::string& output) {

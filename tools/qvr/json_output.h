@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "codec.h"
 #include "frame.h"
 
 namespace qvr {
@@ -27,6 +28,11 @@ json json_format(const frame_layout& layout);
 
 // {"message": ..., "hint": ...}, the hint null when there is none; null without a failure.
 json json_error(const failure* problem);
+
+// What a command has done: {"schema": "qvr-result/1", "command": ..., "output": ..., "frames": ..., "raw_bytes": ...,
+// "codec_seconds": ..., and the facts}. Printed at the end, when all has gone well.
+void print_result(const char* command, const std::string& output, unsigned long long frames, const codec_time& time,
+                  const json& facts);
 
 // Refuses --json when standard output is to carry frames.
 void require_free_output(const std::string& output);
