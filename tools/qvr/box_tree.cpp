@@ -49,6 +49,7 @@ struct box_run {
     const char* parent;  // the type of the box around it
     std::size_t owner;   // its place in the tree
     bool chunks;
+    std::size_t planes_before;
 };
 
 class tree_walker {
@@ -56,7 +57,7 @@ class tree_walker {
     tree_walker(bytes_view frame, std::size_t most_boxes) : whole(frame), most(most_boxes) {}
 
     box_tree walk() {
-        walk_run({0, whole.size, 0, "", 0, false});
+        walk_run({0, whole.size, 0, "", 0, false, 0});
         return std::move(tree);
     }
 
@@ -90,6 +91,9 @@ class tree_walker {
         found.type = box_type_text(bytes + 4);
         settle_extent(found, run.end - at);
         check_place(found, bytes, run.parent);
+        if (is_type(bytes, "sinf") && std::strcmp(run.parent, "icmp") == 0 && planes > run.planes_before) {
+            add_finding(found, finding_kind::misplaced_box, "the second plane of an 'icmp', passed over");
+        }
         // Payloads are the end of the tree: what they hold is not the container's.
         const bool payload = is_type(bytes, "QCXF") ? run.chunks || run.depth == 1
                                                     : run.chunks && (is_type(bytes, "stch") || is_type(bytes, "tile"));
@@ -102,7 +106,7 @@ class tree_walker {
         if (inside != content::bytes && run.depth < k_most_depth) {
             const bool chunks = inside == content::chunks;
             const char* type = chunks ? "sdat" : is_type(bytes, "icmp") ? "icmp" : "pack";
-            walk_run({at + k_box_header, at + extent, run.depth + 1, type, tree.boxes.size() - 1, chunks});
+            walk_run({at + k_box_header, at + extent, run.depth + 1, type, tree.boxes.size() - 1, chunks, planes});
         }
         return extent;
     }

@@ -83,13 +83,19 @@ void print_report(const frame_report& report) {
     print_tree_end(report.tree);
 }
 
+// The names of the header's constants.
+const char* json_wrap_type(std::uint32_t type) {
+    constexpr const char* k_names[] = {"QCX", "stitched", "tile"};
+    return k_names[std::clamp<std::uint32_t>(type, 1, 3) - 1];
+}
+
 json json_payloads(const frame_report& report) {
     json payloads = json::array();
     for (std::size_t i = 0; i < std::min(report.wrapped.size(), k_most_payloads); ++i) {
         const wrap_record& record = report.wrapped[i];
         payloads.push_back({{"number", i},
                             {"type", record.wrapType},
-                            {"type_name", wrap_type_name(record.wrapType)},
+                            {"type_name", json_wrap_type(record.wrapType)},
                             {"bytes", record.dataSize}});
     }
     return payloads;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "json_boxes.h"
 
-#include "frame_text.h"
 #include "plane_codes.h"
 
 namespace qvr {
@@ -32,7 +31,7 @@ json json_plane(const plane_description& plane) {
     const std::string content = find_plane_code(code).text;
     return {
         {"plane", plane.number}, {"code", code},           {"content", content.empty() ? json(nullptr) : json(content)},
-        {"width", plane.width},  {"height", plane.height}, {"layout", layout_name(plane.layout)}};
+        {"width", plane.width},  {"height", plane.height}, {"layout", json_layout(plane.layout)}};
 }
 
 json json_findings(const std::vector<finding>& findings, std::uint64_t frame_offset) {

@@ -29,12 +29,16 @@ void print_json(const json& document) {
     std::printf("%s\n", line.c_str());
 }
 
+json json_layout(std::uint32_t layout) {
+    return layout > QVRUncompressed_LayoutInterlaced ? "unknown" : layout_name(layout);
+}
+
 json json_format(const frame_layout& layout) {
     const std::uint32_t order = layout.colorComponentOrder;
     const std::uint32_t type = layout.componentType;
     return {{"width", layout.width},
             {"height", layout.height},
-            {"layout", layout_name(layout.frameLayout)},
+            {"layout", json_layout(layout.frameLayout)},
             {"order", order},
             {"order_name", name_or_null(find_order(order))},
             {"type", type},

@@ -22,6 +22,9 @@ json json_document(const char* schema);
 // Writes the document as one line. Bytes that are no UTF-8, as in names of files, become U+FFFD.
 void print_json(const json& document);
 
+// "progressive", "interlaced" or "unknown".
+json json_layout(std::uint32_t layout);
+
 // {"width": ..., "height": ..., "layout": ..., "order": ..., "order_name": ..., "type": ..., "type_name": ...}; the
 // order and type of wrapped chunks are 0, their names null.
 json json_format(const frame_layout& layout);

@@ -59,6 +59,14 @@ bool attempt(finding_kind kind, frame_verdict& verdict, const std::function<void
     }
 }
 
+// Then nothing bears out the size that the plane claims, and memory for it could be asked for in vain.
+bool has_broken_slices(const frame_verdict& verdict) {
+    return std::any_of(verdict.findings.begin(), verdict.findings.end(), [](const finding& found) {
+        return found.kind == finding_kind::slice_table || found.kind == finding_kind::slice_end ||
+               found.kind == finding_kind::rows_uncovered;
+    });
+}
+
 void compare(bytes_view found, bytes_view made, const box_tree& tree, frame_verdict& verdict) {
     const auto ends = std::mismatch(found.data, found.data + found.size, made.data, made.data + made.size);
     const auto first = static_cast<std::uint64_t>(ends.first - found.data);
@@ -99,6 +107,9 @@ frame_verdict verifier::verify(const frame_reader& at) {
     if (!tree.complete) {
         verdict.add({finding_kind::many_boxes, 0,
                      "only " + std::to_string(k_most_boxes_checked) + " boxes were looked at one by one"});
+    }
+    if (has_broken_slices(verdict)) {
+        return verdict;
     }
     const bytes_view made = make_again(at, choices_of(tree, bytes), verdict);
     if (made.data) {
