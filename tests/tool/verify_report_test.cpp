@@ -33,8 +33,7 @@ TEST(verify_report, people_read_findings_and_a_summary) {
               "frame 1 at offset 61: warning: different-bytes: the encoder writes other bytes from here on, and 43 in "
               "all, not 61\n"
               "frame 2 at offset 151: error: box-past-end: runs past the end by 8\n"
-              "frame 2 at offset 151: warning: different-bytes: the encoder writes other bytes from here on, and 61 in "
-              "all, not 61\n"
+              "frame 2 at offset 151: warning: different-bytes: the encoder writes other bytes from here on\n"
               "mixed.qvr: 4 frames: 2 identical, 1 different but sound, 1 damaged\n");
     EXPECT_EQ(result.err,
               "qvr: mixed.qvr: frame 2 at offset 122: offset 151: runs past the end by 8\n"
@@ -84,7 +83,7 @@ TEST(verify_report, programs_read_a_line_a_frame_and_a_summary) {
         "bytes": 61, "result": "damaged", "findings_left_out": 0, "findings": [
         {"name": "box-past-end", "severity": "error", "offset": 151, "text": "runs past the end by 8"},
         {"name": "different-bytes", "severity": "warning", "offset": 151,
-         "text": "the encoder writes other bytes from here on, and 61 in all, not 61"}]})"));
+         "text": "the encoder writes other bytes from here on"}]})"));
     EXPECT_EQ(lines[4], json::parse(R"({"schema": "qvr-verify-summary/1", "file": "standard input", "frames": 4,
         "identical": 2, "different": 1, "damaged": 1, "strict": false, "good": false})"));
 }

@@ -76,9 +76,11 @@ void compare(bytes_view found, bytes_view made, const box_tree& tree, frame_verd
     if (tree.complete && shape_of(tree) != shape_of(read_boxes(made, k_most_boxes_checked))) {
         verdict.add({finding_kind::box_order, 0, "the boxes stand in another order or arrangement"});
     }
-    verdict.add({finding_kind::different_bytes, first,
-                 "the encoder writes other bytes from here on, and " + std::to_string(made.size) + " in all, not " +
-                     std::to_string(found.size)});
+    std::string text = "the encoder writes other bytes from here on";
+    if (made.size != found.size) {
+        text += ", and " + std::to_string(made.size) + " in all, not " + std::to_string(found.size);
+    }
+    verdict.add({finding_kind::different_bytes, first, text});
 }
 
 }  // namespace
