@@ -4,6 +4,7 @@
 
 #include "codec.h"
 #include "command.h"
+#include "json_output.h"
 #include "qvr_file.h"
 
 namespace qvr {
@@ -29,6 +30,7 @@ struct decode_options {
     std::string input;
     std::string output;
     std::optional<std::uint32_t> only_frame;
+    bool json = false;
     layout_options layout;
     run_options run;
 };
@@ -52,6 +54,9 @@ class decoding {
                                              : open_raw_sink(given.output, given.layout.resolve())) {}
 
     void run() {
+        if (options.json) {
+            require_free_output(options.output);
+        }
         while (reader.next()) {
             if (!options.only_frame || *options.only_frame == reader.number()) {
                 require_room();
@@ -71,6 +76,9 @@ class decoding {
         if (options.run.time) {
             say(name + ": decode: " + time_text(codec.time(), frames));
         }
+        if (options.json) {
+            print_result("decode", name, frames, codec.time(), {{"format", json_format(current.layout)}});
+        }
     }
 
   private:
@@ -78,6 +86,7 @@ class decoding {
         const location where = reader.place();
         const frame_layout own = codec.read_layout(reader.bytes(), where);
         refuse_chunks(own, where);
+        tell_of_payload(where);
         const frame_layout before = current.layout;
         current.layout = sink->wanted(own, where);
         codec.decode(reader.bytes(), current, where);
@@ -86,6 +95,18 @@ class decoding {
         }
         sink->put(current);
         ++frames;
+    }
+
+    // The alpha plane beside a compressed frame is decoded like any other; the frame itself is not.
+    void tell_of_payload(const location& where) {
+        const bytes_view bytes = reader.bytes();
+        const bool carries = QVRUncompressed_ReadWrapCount(bytes.data, static_cast<std::uint32_t>(bytes.size)) > 0;
+        if (carries && !payload_told) {
+            warn(input.name(), where.spot +
+                                   ": only the alpha plane is decoded; 'qvr unwrap' takes out the compressed frame "
+                                   "beside it");
+        }
+        payload_told = payload_told || carries;
     }
 
     void require_room() {
@@ -115,6 +136,7 @@ class decoding {
     std::unique_ptr<frame_sink> sink;
     frame current;
     unsigned long long frames = 0;
+    bool payload_told = false;  // once for a file
 };
 
 }  // namespace
@@ -130,6 +152,7 @@ void add_decode(command_line& to) {
                                "Type of the samples to write, by number or name; default: the frame's own");
     options->layout.add_strides(list);
     options->run.add(list);
+    list.flag("--json", options->json, k_json_help);
 }
 
 }  // namespace qvr

@@ -4,6 +4,7 @@
 
 #include "codec.h"
 #include "command.h"
+#include "json_output.h"
 
 namespace qvr {
 
@@ -33,6 +34,7 @@ struct encode_options {
     std::string output;
     bool alpha_rle = false;
     std::uint32_t slices = 0;
+    bool json = false;
     layout_options layout;
     run_options run;
 };
@@ -60,6 +62,9 @@ std::string summary(const std::string& name, unsigned long long frames, const fr
 }
 
 void run_encode(const encode_options& options) {
+    if (options.json) {
+        require_free_output(options.output);
+    }
     input_file input(options.input);
     const std::unique_ptr<frame_source> source =
         open_source(options.input, input, options.layout.resolve(), "--size 1920x1080 --order UYVY --type U8");
@@ -83,6 +88,10 @@ void run_encode(const encode_options& options) {
     if (options.run.time) {
         say(output.name() + ": encode: " + time_text(codec.time(), frames));
     }
+    if (options.json) {
+        print_result("encode", output.name(), frames, codec.time(),
+                     {{"bytes", output.bytes_written()}, {"format", json_format(current.layout)}});
+    }
 }
 
 }  // namespace
@@ -103,6 +112,7 @@ void add_encode(command_line& to) {
     options->layout.add_strides(list);
     list.flag("--interlaced", options->layout.interlaced, "Mark the frames as interlaced");
     options->run.add(list);
+    list.flag("--json", options->json, k_json_help);
 }
 
 }  // namespace qvr

@@ -35,7 +35,7 @@ output_file::output_file(const std::string& path, const std::string& called) : s
     struct stat status = {};
     const bool exists = stat(path.c_str(), &status) == 0;
     if (exists && S_ISDIR(status.st_mode)) {
-        throw failure(exit_code::io, {shown_name, {}}, "cannot write it: it is a directory");
+        throw failure(exit_code::io, {shown_name, {}}, "cannot write it: it is a directory", system_hint(EISDIR));
     }
     if (exists && !S_ISREG(status.st_mode)) {
         descriptor = open(path.c_str(), O_WRONLY | O_CLOEXEC);
@@ -75,8 +75,7 @@ output_file::~output_file() {
 
 void output_file::fail(const std::string& what) const {
     const int reason = errno;
-    throw failure(exit_code::io, {shown_name, {}}, what + ": " + std::strerror(reason),
-                  reason == ENOSPC ? "make room or write to another disk; nothing incomplete was left behind" : "");
+    throw failure(exit_code::io, {shown_name, {}}, what + ": " + std::strerror(reason), system_hint(reason));
 }
 
 void output_file::write(const std::uint8_t* from, std::size_t count) {
