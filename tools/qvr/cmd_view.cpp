@@ -43,6 +43,16 @@ std::string base_name(const std::string& path) {
     return path.substr(path.find_last_of('/') + 1);
 }
 
+// In place of a picture that nothing here can decode.
+sheet_pane card(const wrapped_contents& found) {
+    const bool frame = found.records.front().wrapType == QVRUncompressed_WrapQCX;
+    const std::string what = frame ? "A compressed frame of another codec"
+                                   : std::to_string(found.records.size()) + " chunks of another codec";
+    return {frame ? "Compressed frame" : "Stitched chunks",
+            shown_picture::colours,
+            {what, "carried byte for byte; there is nothing here to decode them", "'qvr unwrap' gives them back"}};
+}
+
 class viewing {
   public:
     explicit viewing(const view_options& given)
@@ -53,7 +63,8 @@ class viewing {
         tree = read_boxes(reader.bytes());
         const wrapped_contents found = codec.read_wrapped(reader.bytes(), reader.place());
         made.title = input.name() == "standard input" ? input.name() : base_name(input.name());
-        made.subtitle = reader.place().spot + ", " + grouped(reader.bytes().size) + " bytes";
+        made.subtitle = "frame " + grouped(reader.number()) + ", " + grouped(reader.bytes().size) +
+                        " bytes at offset " + grouped(reader.offset());
         made.frame_bytes = reader.bytes().size;
         made.facts = frame_facts(found.layout, tree);
         made.weights = frame_weights(tree, made.frame_bytes);
@@ -83,16 +94,8 @@ class viewing {
     }
 
     void add_pictures(const wrapped_contents& found) {
-        for (const wrap_record& record : found.records) {
-            if (&record == &found.records.front()) {
-                const bool frame = record.wrapType == QVRUncompressed_WrapQCX;
-                made.panes.push_back(
-                    {frame ? "Compressed frame" : "Stitched chunks",
-                     shown_picture::colours,
-                     {frame ? "A compressed frame of another codec"
-                            : std::to_string(found.records.size()) + " chunks of another codec",
-                      "carried byte for byte; there is nothing here to decode it", "'qvr unwrap' takes it out"}});
-            }
+        if (!found.records.empty()) {
+            made.panes.push_back(card(found));
         }
         if (found.layout.colorComponentOrder == 0) {
             return;

@@ -146,8 +146,10 @@ std::string zsh_arguments(const std::vector<argument_description>& arguments, co
     std::string out;
     for (const argument_description& argument : arguments) {
         if (argument.positional) {
-            out += indent + zsh_quoted((argument.required ? ":" : "::") + zsh_escaped(argument.names.front()) + ":" +
-                                       zsh_action(argument));
+            out += indent + zsh_quoted((argument.repeated   ? "*:"
+                                        : argument.required ? ":"
+                                                            : "::") +
+                                       zsh_escaped(argument.names.front()) + ":" + zsh_action(argument));
             continue;
         }
         const bool flag = kind_of(argument) == value_kind::none;

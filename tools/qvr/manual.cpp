@@ -132,7 +132,8 @@ std::string synopsis(const program_description& program, const command_descripti
     std::string line = "\\fB" + escaped(program.name + " " + command.name) + "\\fR [\\fIOPTIONS\\fR]";
     for (const argument_description& argument : command.arguments) {
         if (argument.positional) {
-            const std::string name = "\\fI" + escaped(argument.names.front()) + "\\fR";
+            const std::string name =
+                "\\fI" + escaped(argument.names.front()) + "\\fR" + (argument.repeated ? " ..." : "");
             line += argument.required ? " " + name : " [" + name + "]";
         }
     }

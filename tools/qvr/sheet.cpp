@@ -18,10 +18,10 @@ constexpr colour k_bright = grey(0.93);
 constexpr colour k_plain = grey(0.80);
 constexpr colour k_faint = grey(0.58);
 
-constexpr int k_least_width = 1072;
+constexpr int k_least_width = 1200;
 constexpr int k_row = 24;          // of the strip
 constexpr int k_padding = 20;      // around what stands in the strip
-constexpr int k_facts = 380;       // width of the left side
+constexpr int k_facts = 400;       // width of the left side
 constexpr int k_caption = 14;      // from a caption's line to its picture
 constexpr int k_card_width = 480;  // in place of a picture
 constexpr int k_card_height = 270;
@@ -88,9 +88,9 @@ void draw_facts(canvas& on, const sheet& from, double x, double y) {
 }
 
 void draw_weights(canvas& on, const sheet& from, double x, double y, double width) {
-    constexpr double k_names = 76;
-    constexpr double k_texts = 250;
-    constexpr double k_numbers = 200;
+    constexpr double k_names = 92;
+    constexpr double k_texts = 232;
+    constexpr double k_numbers = 176;
     const double bars = width - k_names - k_texts - k_numbers;
     for (const weight& row : from.weights) {
         const double share =

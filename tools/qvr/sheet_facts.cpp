@@ -65,7 +65,7 @@ weight plane_weight(const plane_description& plane, std::uint64_t bytes) {
 weight payload_weight(const box& of) {
     const bool frame = of.wrapped->qcx.has_value();
     std::string text =
-        frame ? "compressed frame, kind " + std::to_string(of.wrapped->qcx->compression) : "wrapped, " + of.type;
+        frame ? "compressed frame, ID " + std::to_string(of.wrapped->qcx->compression) : "wrapped, " + of.type;
     return {"Payload " + std::to_string(of.wrapped->number), text, of.wrapped->bytes, k_payload_bar};
 }
 
@@ -104,7 +104,7 @@ std::vector<std::pair<std::string, std::string>> frame_facts(const frame_layout&
     std::vector<std::pair<std::string, std::string>> facts = {
         {"Size", size_text(layout.width, layout.height) + " pixels"}};
     facts.emplace_back("Fields", layout.frameLayout == QVRUncompressed_LayoutInterlaced
-                                     ? "interlaced; both are shown, woven together"
+                                     ? "interlaced, shown woven together"
                                      : "none, progressive");
     const order_info* order = find_order(layout.colorComponentOrder);
     const type_info* type = find_type(layout.componentType);
