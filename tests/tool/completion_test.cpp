@@ -35,16 +35,13 @@ const struct {
                {{"view", "a.qvr", "--tran"}, {"--transfer"}},
                {{"bench", "--alpha"}, {"--alpha-rle"}}};
 
-std::string quoted(const names& words) {
+// " one two", with a quotation mark on both sides of each.
+std::string joined(const names& words, const std::string& mark = "") {
     std::string text;
     for (const std::string& word : words) {
-        text += " '" + word + "'";
+        text += " " + mark + word + mark;
     }
     return text;
-}
-
-std::string shown(const names& words) {
-    return "qvr" + quoted(words);
 }
 
 names sorted_lines(const std::string& text) {
@@ -58,7 +55,7 @@ class bash_completion : public testing::Test {
     void SetUp() override { write_script(folder, "bash", "qvr.bash"); }
 
     names complete(const names& words) {
-        const std::string script = "set -u; source ./qvr.bash; COMP_WORDS=(qvr" + quoted(words) +
+        const std::string script = "set -u; source ./qvr.bash; COMP_WORDS=(qvr" + joined(words, "'") +
                                    "); COMP_CWORD=" + std::to_string(words.size()) +
                                    "; _qvr; printf '%s\\n' \"${COMPREPLY[@]}\"";
         const outcome result = folder.command({"bash", "--norc", "-c", script});
@@ -74,7 +71,7 @@ class bash_completion : public testing::Test {
 
 TEST_F(bash_completion, words_are_completed) {
     for (const auto& one : k_cases) {
-        EXPECT_EQ(complete(one.words), one.offered) << shown(one.words);
+        EXPECT_EQ(complete(one.words), one.offered) << joined(one.words);
     }
 }
 
@@ -139,11 +136,7 @@ TEST_F(fish_completion, it_is_good_fish) {
 
 TEST_F(fish_completion, words_are_completed) {
     for (const auto& one : k_cases) {
-        std::string line = "qvr";
-        for (const std::string& word : one.words) {
-            line += " " + word;
-        }
-        EXPECT_EQ(complete(line), one.offered) << line;
+        EXPECT_EQ(complete("qvr" + joined(one.words)), one.offered) << joined(one.words);
     }
     EXPECT_EQ(complete("qvr encode --size "), names{});
 }
@@ -196,38 +189,42 @@ TEST_F(zsh_completion, every_command_and_option_is_in_it) {
     }
 }
 
-// An interactive shell in a terminal of its own, to which the line and a tab are typed. What it then offers, or has
-// completed, is printed; what it offers is put behind a mark of its own instead of on the screen.
+// An interactive shell in a terminal of its own, to which each line and a tab are typed. What it offers is written to a
+// file, one line for each line that was typed.
 constexpr const char* k_session = R"(
 zmodload zsh/zpty || exit 77
 zpty shell "env PS1= TERM=dumb HISTFILE= zsh -f -i"
-zpty -w shell 'PS1=; unsetopt zle_bracketed_paste 2>/dev/null; fpath=($PWD $fpath); autoload -Uz compinit; compinit -D -u'
+zpty -w shell 'PS1=; fpath=($PWD $fpath); autoload -Uz compinit; compinit -D -u'
 zpty -w shell 'compadd() {
-    local -a found; builtin compadd -O found "$@"; [[ -n $found ]] && print -l -- "<"${^found}">" >>offers
+    local -a found; builtin compadd -O found "$@"; offered+=($found)
     builtin compadd "$@" }'
-zpty -w shell 'show() { zle complete-word; print -r -- done >>offers; zle kill-buffer }
+zpty -w shell 'show() {
+    offered=(); zle complete-word; print -r -- ${(ou)offered} >>offers; zle kill-whole-line }
 zle -N show; bindkey "^I" show; print ready-"now"'
 zpty -r shell ignored '*ready-now*'
-zpty -n -w shell "$1"$'\t'
-until grep -qs done offers; do sleep 0.05; done
+typed=0
+for line in "$@"; do
+    zpty -n -w shell "$line"$'\t'
+    typed=$((typed + 1))
+    until [[ -f offers && $(wc -l <offers) -ge $typed ]]; do sleep 0.02; done
+done
 zpty -d shell
-sed -n 's/^<\(.*\)>$/\1/p' offers | sort -u
+cat offers
 )";
 
 TEST_F(zsh_completion, words_are_completed) {
+    names arguments = {"timeout", "30", "zsh", "-f", "-c", k_session, "zsh"};
+    names wanted;
     for (const auto& one : k_cases) {
-        std::string line = "qvr";
-        for (const std::string& word : one.words) {
-            line += " " + word;
-        }
-        const outcome result = folder.command({"timeout", "20", "zsh", "-f", "-c", k_session, "zsh", line});
-        if (result.code == 77) {
-            GTEST_SKIP() << "this zsh has no terminals of its own";
-        }
-        EXPECT_EQ(result.code, 0) << line << ": " << result.err;
-        EXPECT_EQ(sorted_lines(result.out), one.offered) << line;
-        folder.command({"rm", "-f", "offers"});
+        arguments.push_back("qvr" + joined(one.words));
+        wanted.push_back(joined(one.offered).substr(1));
     }
+    const outcome result = folder.command(arguments);
+    if (result.code == 77) {
+        GTEST_SKIP() << "this zsh has no terminals of its own";
+    }
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(lines_of(result.out), wanted);
 }
 
 }  // namespace

@@ -6,13 +6,16 @@
 
 namespace {
 
+constexpr std::size_t k_column = 34;  // where descriptions begin
+
+// Examples and lists below the options may begin with dashes too, but nothing stands in the column.
 bool is_option(const std::string& line) {
-    return line.rfind("  -", 0) == 0;
+    return line.rfind("  -", 0) == 0 &&
+           (line.find("  ", 2) == std::string::npos || line.find_first_not_of(' ', line.find("  ", 2)) == k_column);
 }
 
-// The description begins in column 34, on the line itself or on the next.
+// On the option's own line or on those behind it.
 void add_line(help_entry& to, const std::string& line) {
-    constexpr std::size_t k_column = 34;
     const std::size_t text = line.find_first_not_of(' ', 2);
     if (is_option(line)) {
         const std::size_t end = line.find("  ", 2);

@@ -78,9 +78,19 @@ void write_example_files(const scratch_folder& folder) {
     }
 }
 
-// The compressed frame that an example wraps: of the size of its matte.
-bytes frame_for(const std::string& example) {
-    return holds(example, "--interlaced") ? qcx_frame(1241, 1920, 1080) : qcx_frame(1250, 1280, 720);
+// What an example reads under a name that another one uses for something else: a compressed frame of the size of the
+// matte, a clip of the format that it asks for.
+void write_files_for(const scratch_folder& folder, const std::string& example) {
+    if (holds(example, "frame.bin")) {
+        folder.write("frame.bin",
+                     holds(example, "--interlaced") ? qcx_frame(1241, 1920, 1080) : qcx_frame(1250, 1280, 720));
+    }
+    const bool v210 = holds(example, "v210");
+    if (holds(example, "clip.qvr") && !holds(example, "encode")) {
+        const outcome made = folder.qvr({"encode", v210 ? "clip.v210" : "clip.yuv", "clip.qvr", "--size", "1920x1080",
+                                         "--order", v210 ? "v210" : "UYVY", "--type", v210 ? "U10Packed" : "U8"});
+        ASSERT_EQ(made.code, 0) << made.err;
+    }
 }
 
 // Programs that stand for something of the reader's.
@@ -102,9 +112,12 @@ TEST(manual, examples_work_as_pasted) {
             if (!in_examples || line.rfind("  ", 0) != 0) {
                 continue;
             }
-            folder.write("frame.bin", frame_for(line));
+            write_files_for(folder, line);
             // Not to measure anything, only to see that it can be called.
-            const std::string quick = holds(line, "qvr bench") ? " --seconds 0" : "";
+            const bool measures = holds(line, "qvr bench");
+            const std::string quick = !measures               ? ""
+                                      : holds(line, "--size") ? " --seconds 0"
+                                                              : " --seconds 0 --size 64x32";
             const std::string pasted = line.substr(0, line.find('#')) + quick;
             const outcome result = folder.command({"bash", "-c", k_before + pasted});
             EXPECT_EQ(result.code, 0) << pasted << "\n" << result.err;

@@ -373,15 +373,18 @@ TEST_F(view, very_many_chunks_do_not_make_a_very_long_strip) {
 }
 
 TEST_F(view, frames_that_no_writer_makes_are_shown_or_refused) {
-    // 4:2:2 of an odd width: the last pixel has a Cb and the Cr of the one before.
+    // A 4:2:2 row of odd width ends in a Cr more.
     bytes content;
-    append_box(content, "sinf", plane_payload(3, 1, "y208"));
-    append_box(content, "sdat", {109, 51, 212, 51, 109, 51});
+    append_box(content, "sinf", plane_payload(3, 2, "y208"));
+    append_box(content, "sdat", {128, 180, 128, 180, 109, 51, 212, 128, 180, 128, 16, 212, 28, 120});
     folder.write("a.qvr", packed(content));
-    expect_near(shown(sheet(), 2, 0), {191, 0, 0}, "odd width");
+    const test_picture odd = sheet();
+    expect_near(shown(odd, 2, 0), {191, 0, 0}, "odd width");
+    expect_near(shown(odd, 1, 1), {0, 0, 0}, "odd width");
+    expect_near(shown(odd, 2, 1), {0, 0, 191}, "odd width");
     content.clear();
     append_box(content, "sinf", plane_payload(1, 1, "y208"));
-    append_box(content, "sdat", {128, 180});
+    append_box(content, "sdat", {128, 180, 128});
     folder.write("a.qvr", packed(content));
     expect_near(shown(sheet(), 0, 0), {191, 191, 191}, "one pixel");
     content.clear();
@@ -400,7 +403,7 @@ TEST_F(view, what_cannot_be_shown_leaves_no_file) {
     expect_refused(2, {"--scale", "0"}, "--scale 0: this is not a scale");
     expect_refused(2, {"--scale", "1/2x"}, "--scale 1/2x: this is not a scale");
     expect_refused(2, {"--scale", "257"}, "--scale 257: this is not a scale");
-    expect_refused(2, {"--scale", "2", "--full"}, "--full excludes --scale");
+    expect_refused(2, {"--scale", "2", "--full"}, "--scale excludes --full");
     expect_refused(2, {"--matrix", "bt470"}, "--matrix: bt470 not in {bt601,bt709,bt2020}");
     encode("40000x1", "RGB", "U8", bytes(120000));
     expect_refused(2, {"--full"}, "too large for a sheet at this scale");

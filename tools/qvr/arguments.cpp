@@ -116,7 +116,7 @@ void argument_list::choice(const char* name, std::string& to, const std::vector<
         said += (&word == &words.front() ? ":\n" : ", ") + word;
     }
     text(name, to, value_name, (said + (to.empty() ? "" : "; default: " + to)).c_str());
-    command->app->get_option(name)->check(CLI::IsMember(words, CLI::ignore_case).description(""));
+    command->app->get_option(name)->transform(CLI::IsMember(words, CLI::ignore_case).description(""));
     suggest(name, words);
 }
 

@@ -18,8 +18,9 @@ constexpr const char* k_about = "Show what a .qvr file holds: frames, formats, b
 constexpr const char* k_more = R"(
 For each frame: what the library says of it (the order is the one that needs no reordering: a frame made from BGRA
 reads as ARGB), the payloads that are wrapped into it, and its boxes with their offsets in the file and sizes in
-bytes. Of a wrapped QCX frame the fields of its header are shown; only some compressions fill its size. '!' marks a box that is not as it should be. Frames that the library refuses are shown as far as they can
-be read; the exit code is 1 then.
+bytes. Of a wrapped QCX frame the fields of its header are shown; only some compressions fill its size. '!' marks a
+box that is not as it should be. Frames that the library refuses are shown as far as they can be read; the exit code
+is 1 then.
 
 Example:
   qvr info photo.qvr)";

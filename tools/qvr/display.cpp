@@ -35,7 +35,9 @@ constexpr interleaved_row k_interleaved[] = {
     {QVRUncompressed_OrderAlpha, {-1, -1, -1, 0}, 1, 0}};
 
 void place_interleaved(const interleaved_row& row, const frame_layout& layout, sample_grid* grids) {
-    const std::size_t stride = std::size_t{layout.width} * (row.pair_gap != 0 ? row.pair_gap : row.samples);
+    // A 4:2:2 row of odd width ends in a Cr more, so that its last pixel has both.
+    const std::size_t stride = row.pair_gap != 0 ? std::size_t{layout.width} * row.pair_gap + layout.width % 2
+                                                 : std::size_t{layout.width} * row.samples;
     for (std::size_t i = 0; i < k_components; ++i) {
         if (row.at[i] < 0) {
             continue;
@@ -46,8 +48,7 @@ void place_interleaved(const interleaved_row& row, const frame_layout& layout, s
         grid.step = row.pair_gap == 0 || chroma ? row.samples : row.pair_gap;
         grid.stride = stride;
         grid.shift_x = chroma ? 1 : 0;
-        // Of an odd last pixel only Cb is there.
-        grid.width = !chroma ? layout.width : i == 1 ? (layout.width + 1) / 2 : layout.width / 2;
+        grid.width = chroma ? (layout.width + 1) / 2 : layout.width;
         grid.height = layout.height;
     }
 }
@@ -193,8 +194,7 @@ float display_view::number(std::size_t index) const {
 }
 
 float display_view::read(const sample_grid& grid, std::uint32_t x, std::uint32_t y) const {
-    const std::size_t column = std::min(x >> grid.shift_x, grid.width - 1);
-    return number(grid.start + (y >> grid.shift_y) * grid.stride + column * grid.step);
+    return number(grid.start + (y >> grid.shift_y) * grid.stride + (x >> grid.shift_x) * grid.step);
 }
 
 // Floating and fixed point: 0 to 1, and chroma around 0.
@@ -212,7 +212,7 @@ pixel display_view::colour_at(std::uint32_t x, std::uint32_t y) const {
     float value[3] = {};
     for (std::size_t i = 0; i < 3; ++i) {
         const bool chroma = ycbcr && i > 0;
-        value[i] = grids[i].width == 0 ? 0 : level(read(grids[i], x, y), chroma);
+        value[i] = level(read(grids[i], x, y), chroma);
     }
     pixel made = {{value[0], value[1], value[2]}, 1};
     if (ycbcr) {
