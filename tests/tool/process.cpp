@@ -39,8 +39,9 @@ void redirect(int from, int to) {
     }
 }
 
-pid_t start(const std::string& folder, const std::vector<std::string>& arguments, const redirection& where) {
-    std::vector<char*> words = {const_cast<char*>("qvr")};
+pid_t start(const std::string& folder, const std::vector<std::string>& arguments, const redirection& where,
+            const char* program = QVR_PROGRAM) {
+    std::vector<char*> words = {const_cast<char*>(program)};
     for (const std::string& argument : arguments) {
         words.push_back(const_cast<char*>(argument.c_str()));
     }
@@ -57,7 +58,7 @@ pid_t start(const std::string& folder, const std::vector<std::string>& arguments
         if (chdir(folder.c_str()) != 0) {
             _exit(126);
         }
-        execv(QVR_PROGRAM, words.data());
+        execvp(program, words.data());
         _exit(127);
     }
     return child;
@@ -101,6 +102,17 @@ std::vector<std::string> scratch_folder::names() const {
 }
 
 outcome scratch_folder::qvr(const std::vector<std::string>& arguments, const bytes& input) const {
+    return run(QVR_PROGRAM, arguments, input);
+}
+
+outcome scratch_folder::command(const std::vector<std::string>& words) const {
+    std::vector<std::string> arguments = {"PATH=" + fs::path(QVR_PROGRAM).parent_path().string() + ":" +
+                                          std::getenv("PATH")};
+    arguments.insert(arguments.end(), words.begin(), words.end());
+    return run("env", arguments, {});
+}
+
+outcome scratch_folder::run(const char* program, const std::vector<std::string>& arguments, const bytes& input) const {
     // Beside the folder, so that its list of names holds nothing but what the command made.
     const std::string prefix = path_ + ".";
     redirection where;
@@ -109,7 +121,7 @@ outcome scratch_folder::qvr(const std::vector<std::string>& arguments, const byt
     where.error = prefix + "err";
     std::ofstream(where.input, std::ios::binary)
         .write(reinterpret_cast<const char*>(input.data()), static_cast<std::streamsize>(input.size()));
-    outcome result = wait_for(start(path_, arguments, where));
+    outcome result = wait_for(start(path_, arguments, where, program));
     result.out = read_text(where.output);
     result.err = read_text(where.error);
     for (const std::string& name : {where.input, where.output, where.error}) {
@@ -153,6 +165,10 @@ outcome wait_for(int process) {
         result.signal_number = WTERMSIG(status);
     }
     return result;
+}
+
+bool is_installed(const std::string& program) {
+    return scratch_folder().command({"sh", "-c", "command -v " + program}).code == 0;
 }
 
 bool holds(const std::string& text, const std::string& part) {

@@ -34,14 +34,20 @@ class scratch_folder {
 
     // Runs "qvr ARGUMENTS" in the folder. Standard input is a file with the given content.
     outcome qvr(const std::vector<std::string>& arguments, const bytes& input = {}) const;
-    // The same with standard output somewhere else.
+    // Runs another program, found in PATH; the folder of qvr is the first in it.
+    outcome command(const std::vector<std::string>& words) const;
+    // As qvr() with standard output somewhere else.
     outcome qvr_to(const std::string& output, const std::vector<std::string>& arguments) const;
     // Starts it with standard input from a pipe whose writing end is returned in `feed`; gives the process.
     int start_qvr(const std::vector<std::string>& arguments, int* feed) const;
 
   private:
+    outcome run(const char* program, const std::vector<std::string>& arguments, const bytes& input) const;
+
     std::string path_;
 };
 
 outcome wait_for(int process);
+// Whether a program of this name is in PATH. A test that skips itself for want of it says so.
+bool is_installed(const std::string& program);
 bool holds(const std::string& text, const std::string& part);

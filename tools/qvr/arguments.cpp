@@ -3,19 +3,77 @@
 
 #include <CLI/CLI.hpp>
 #include <deque>
+#include <map>
 #include <utility>
 
 namespace qvr {
 
+using word_lists = std::map<const CLI::Option*, std::vector<std::string>>;
+
 struct parsed_command {
     CLI::App* app = nullptr;
     std::function<void()> run;
+    word_lists words;
 };
+
+namespace {
+
+constexpr const char* k_general_group = "Options";
+
+// Groups are one blank line apart, and never two.
+class help_formatter : public CLI::Formatter {
+  public:
+    std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
+        std::string help = CLI::Formatter::make_help(app, std::move(name), mode);
+        for (std::size_t at = help.find("\n\n\n"); at != std::string::npos; at = help.find("\n\n\n", at)) {
+            help.erase(at, 1);
+        }
+        return help;
+    }
+};
+
+argument_description describe_option(const CLI::Option& option) {
+    argument_description argument;
+    argument.positional = option.get_positional();
+    if (argument.positional) {
+        argument.names = {option.get_name(true)};
+    }
+    for (const std::string& letter : option.get_snames()) {
+        argument.names.push_back("-" + letter);
+    }
+    for (const std::string& name : option.get_lnames()) {
+        argument.names.push_back("--" + name);
+    }
+    const bool flag = option.get_items_expected_max() == 0;
+    argument.value = flag || argument.positional ? "" : option.get_type_name();
+    argument.group = option.get_group();
+    argument.help = option.get_description();
+    argument.required = option.get_required();
+    argument.repeated = !flag && option.get_items_expected_max() > 1;
+    return argument;
+}
+
+std::vector<argument_description> describe_options(const CLI::App& app, const word_lists& words) {
+    std::vector<argument_description> arguments;
+    for (const CLI::Option* option : app.get_options()) {
+        if (!option->get_group().empty()) {
+            arguments.push_back(describe_option(*option));
+            const auto offered = words.find(option);
+            if (offered != words.end()) {
+                arguments.back().words = offered->second;
+            }
+        }
+    }
+    return arguments;
+}
+
+}  // namespace
 
 struct command_line::parser_state {
     parser_state(const char* about, const char* name) : app(about, name) {}
 
     CLI::App app;
+    std::string more;
     std::deque<parsed_command> commands;  // argument lists point to them
 };
 
@@ -47,6 +105,33 @@ void argument_list::number(const char* name, std::optional<std::uint32_t>& to, c
     command->app->add_option(name, to, help)->type_name("N");
 }
 
+void argument_list::number(const char* name, double& to, const char* help, double least, double most) {
+    command->app->add_option(name, to, help)->type_name("N")->check(CLI::Range(least, most).description(""));
+}
+
+void argument_list::choice(const char* name, std::string& to, const std::vector<std::string>& words,
+                           const char* value_name, const char* help) {
+    std::string said = help;
+    for (const std::string& word : words) {
+        said += (&word == &words.front() ? ":\n" : ", ") + word;
+    }
+    text(name, to, value_name, (said + (to.empty() ? "" : "; default: " + to)).c_str());
+    command->app->get_option(name)->transform(CLI::IsMember(words, CLI::ignore_case).description(""));
+    suggest(name, words);
+}
+
+void argument_list::suggest(const char* name, std::vector<std::string> words) {
+    command->words[command->app->get_option(name)] = std::move(words);
+}
+
+void argument_list::group(const char* title) {
+    command->app->option_defaults()->group(title ? title : k_general_group);
+}
+
+void argument_list::hide() {
+    command->app->group("");
+}
+
 void argument_list::flag(const char* name, bool& to, const char* help) {
     command->app->add_flag(name, to, help);
 }
@@ -65,17 +150,36 @@ void argument_list::require(const char* name) {
 
 command_line::command_line(const char* about, const char* more, const std::string& version)
     : state(std::make_unique<parser_state>(about, "qvr")) {
-    state->app.footer(more);
+    state->more = more;
+    state->app.footer(state->more + "\n" + exit_codes_line());
     state->app.set_version_flag("--version", version);
     state->app.require_subcommand(1);
+    state->app.formatter(std::make_shared<help_formatter>());
     state->app.get_formatter()->column_width(34);
+    state->app.get_formatter()->label("SUBCOMMAND", "COMMAND");
 }
 
 command_line::~command_line() = default;
 
 argument_list command_line::add_command(const char* name, const char* about, std::function<void()> run) {
-    state->commands.push_back({state->app.add_subcommand(name, about), std::move(run)});
+    state->commands.push_back({state->app.add_subcommand(name, about)->group("Commands"), std::move(run), {}});
     return argument_list(state->commands.back());
+}
+
+program_description command_line::describe() const {
+    program_description program;
+    program.name = state->app.get_name();
+    program.about = state->app.get_description();
+    program.more = state->more;
+    program.options = describe_options(state->app, {});
+    for (const parsed_command& command : state->commands) {
+        const CLI::App& app = *command.app;
+        if (!app.get_group().empty()) {
+            program.commands.push_back(
+                {app.get_name(), app.get_description(), app.get_footer(), describe_options(app, command.words)});
+        }
+    }
+    return program;
 }
 
 void command_line::run(int argc, char** argv) {

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "description.h"
 #include "failure.h"
 
 namespace qvr {
@@ -32,7 +33,17 @@ class argument_list {
     void texts(const char* name, std::vector<std::string>& to, const char* value_name, const char* help);
     void number(const char* name, std::uint32_t& to, const char* help, std::uint32_t most = 0xFFFFFFFFu);
     void number(const char* name, std::optional<std::uint32_t>& to, const char* help);
+    void number(const char* name, double& to, const char* help, double least, double most);
     void flag(const char* name, bool& to, const char* help);
+    // One of the words, in upper or lower case. The help names them, and the default if `to` holds one.
+    void choice(const char* name, std::string& to, const std::vector<std::string>& words, const char* value_name,
+                const char* help);
+    // Words worth offering as the value of an argument that takes others as well.
+    void suggest(const char* name, std::vector<std::string> words);
+    // Options that are added from here on stand under this title; null: under the general one again.
+    void group(const char* title);
+    // Leaves the command out of help, manual and completions.
+    void hide();
     // The option `name` is of no use without the other.
     void needs(const char* name, const char* other);
     void excludes(const char* name, const char* other);
@@ -51,6 +62,9 @@ class command_line {
 
     // run is called when the arguments name this command.
     argument_list add_command(const char* name, const char* about, std::function<void()> run);
+
+    // All that is not hidden.
+    program_description describe() const;
 
     // Parses, then runs the command that is named. Help and version are printed and are good ends; what cannot be
     // parsed is a usage failure.

@@ -147,10 +147,12 @@ void add_decode(command_line& to) {
     list.explain(k_more);
     list.positional("IN.qvr", options->input, "File to decode; '-' is standard input");
     list.positional("OUT", options->output, "NAME.png, or raw frames; '-' is standard output");
-    list.number("--frame", options->only_frame, "Decode this frame alone, counted from 0");
+    list.number("--frame", options->only_frame, "Decode this frame alone, counted from 0; default: all frames");
+    list.group("Samples to write");
     options->layout.add_format(list, "Order of the samples to write, by number or name; default: the frame's own",
                                "Type of the samples to write, by number or name; default: the frame's own");
     options->layout.add_strides(list);
+    list.group(nullptr);
     options->run.add(list);
     list.flag("--json", options->json, k_json_help);
 }

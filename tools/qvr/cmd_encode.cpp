@@ -102,15 +102,20 @@ void add_encode(command_line& to) {
     list.explain(k_more);
     list.positional("IN", options->input, "PNG picture or raw frames; '-' is standard input");
     list.positional("OUT.qvr", options->output, "File to write; '-' is standard output");
+    list.group("Alpha");
     list.flag("--alpha-rle", options->alpha_rle, "Code the alpha plane by run lengths");
     list.number("--slices", options->slices,
-                "Slices of the coded alpha plane, each the work of one thread; 0 or not given: 16", 255);
+                "Slices of the coded alpha plane, each the work of one thread; default: 16", 255);
     list.needs("--slices", "--alpha-rle");
-    options->layout.add_format(list, "Order of the samples, by number or name: see 'qvr formats'",
-                               "Type of a sample, by number or name: see 'qvr formats'");
-    list.text("--size", options->layout.size, "WxH", "IN holds raw frames of this size in pixels");
+    list.group("Raw frames, and the order that a PNG is put into");
+    options->layout.add_format(
+        list, "Order of the samples, by number or name: see 'qvr formats';\ndefault for a PNG: RGBA or RGB",
+        "Type of a sample, by number or name: see 'qvr formats';\ndefault for a PNG: U8 or U16");
+    list.text("--size", options->layout.size, "WxH",
+              "IN holds raw frames of this size in pixels; default: IN is a PNG");
     options->layout.add_strides(list);
     list.flag("--interlaced", options->layout.interlaced, "Mark the frames as interlaced");
+    list.group(nullptr);
     options->run.add(list);
     list.flag("--json", options->json, k_json_help);
 }

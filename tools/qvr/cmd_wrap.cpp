@@ -213,15 +213,21 @@ void add_wrap(command_line& to) {
     argument_list list = to.add_command("wrap", k_about, [options] { run_wrap(*options); });
     list.explain(k_more);
     list.optional_positional("OUT.qvr", options->output, "File to write; '-' is standard output");
-    list.text("--qcx", options->qcx, "FRAME", "The compressed QCX frame");
-    list.text("--alpha", options->alpha, "MATTE", "The alpha plane beside it: a PNG, or raw samples");
-    list.texts("--tiles", options->tiles, "CHUNK", "The chunks, one or more, in their order");
-    list.text("--size", options->layout.size, "WxH", "Size in pixels of the chunks together, or of a raw MATTE");
-    list.text("--type", options->layout.type, "N|NAME", "Type of the samples of a raw MATTE: U8 or U16");
+    list.group("What is wrapped: --qcx with --alpha, or --tiles");
+    list.text("--qcx", options->qcx, "FRAME", "The compressed QCX frame; default: none");
+    list.text("--alpha", options->alpha, "MATTE", "The alpha plane beside it: a PNG, or raw samples; default: none");
+    list.texts("--tiles", options->tiles, "CHUNK", "The chunks, one or more, in their order; default: none");
+    list.group("Its format");
+    list.text("--size", options->layout.size, "WxH",
+              "Size in pixels of the chunks together, or of a raw MATTE; default: that of a PNG");
+    list.text("--type", options->layout.type, "N|NAME",
+              "Type of the samples of a raw MATTE: U8 or U16; default: that of a PNG");
+    list.suggest("--type", {"U8", "U16"});
     list.flag("--interlaced", options->layout.interlaced, "Mark the frame as interlaced");
     list.flag("--alpha-rle", options->alpha_rle, "Code the alpha plane by run lengths");
     list.number("--slices", options->slices,
-                "Slices of the coded alpha plane, each the work of one thread; 0 or not given: 16", 255);
+                "Slices of the coded alpha plane, each the work of one thread; default: 16", 255);
+    list.group(nullptr);
     list.excludes("--qcx", "--tiles");
     list.needs("--qcx", "--alpha");
     list.needs("--alpha", "--qcx");

@@ -28,20 +28,42 @@ void parse_size(const std::string& text, layout_request& to) {
     }
 }
 
+template <class Rows>
+std::vector<std::string> names_of(const Rows& rows) {
+    std::vector<std::string> names;
+    for (const auto& row : rows) {
+        names.emplace_back(row.name);
+    }
+    return names;
+}
+
 }  // namespace
+
+std::vector<std::string> order_names() {
+    std::vector<std::string> names = names_of(all_orders());
+    const std::vector<std::string> whole_formats = names_of(all_named_formats());
+    names.insert(names.end(), whole_formats.begin(), whole_formats.end());
+    return names;
+}
+
+std::vector<std::string> type_names() {
+    return names_of(all_types());
+}
 
 void layout_options::add_format(argument_list& to, const char* order_help, const char* type_help) {
     to.text("--order", order, "N|NAME", order_help);
     to.text("--type", type, "N|NAME", type_help);
+    to.suggest("--order", order_names());
+    to.suggest("--type", type_names());
 }
 
 void layout_options::add_strides(argument_list& to) {
     to.number("--row-bytes", row_bytes,
               "Raw frames: bytes from row to row of the first or only plane,\n"
-              "and of the alpha plane of A420; not given: rows without a gap");
+              "and of the alpha plane of A420; default: rows without a gap");
     to.number("--row-bytes2", row_bytes2,
               "Raw frames: the same for Cb and Cr of I420 and A420,\n"
-              "and for the alpha plane of YUY2+A and UYVY+A");
+              "and for the alpha plane of YUY2+A and UYVY+A; default: rows without a gap");
 }
 
 layout_request layout_options::resolve() const {
@@ -58,9 +80,11 @@ layout_request layout_options::resolve() const {
 
 void run_options::add(argument_list& to) {
     constexpr std::uint32_t k_most_threads = 1024;
-    to.number("--threads", threads, "Threads of the codec; 0 or not given: one for each processor", k_most_threads);
+    to.group("Running");
+    to.number("--threads", threads, "Threads of the codec; default: 0, one for each processor", k_most_threads);
     to.flag("--time", time, "Print how fast the codec calls were, files and PNG not counted");
     to.flag("-q,--quiet", quiet, "Print nothing when all goes well");
+    to.group(nullptr);
 }
 
 bool ends_in(const std::string& path, const char* extension) {

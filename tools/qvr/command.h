@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "arguments.h"
 #include "frame.h"
@@ -19,6 +20,13 @@ void add_info(command_line& to);
 void add_dump(command_line& to);
 void add_verify(command_line& to);
 void add_formats(command_line& to);
+void add_view(command_line& to);
+void add_bench(command_line& to);
+void add_generate(command_line& to);
+
+// What --order and --type can be called, one name for each.
+std::vector<std::string> order_names();
+std::vector<std::string> type_names();
 
 // Options that encode and decode share, as they were typed.
 struct layout_options {

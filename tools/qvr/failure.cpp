@@ -6,6 +6,26 @@
 
 namespace qvr {
 
+const std::vector<exit_description>& all_exits() {
+    static const std::vector<exit_description> rows = {
+        {exit_code::good, "good", "Everything was done."},
+        {exit_code::data, "bad data", "The bytes of an input are not what they should be."},
+        {exit_code::usage, "wrong usage", "The command line asks for something that cannot be done."},
+        {exit_code::io, "a file cannot be opened, read or written",
+         "A file cannot be opened, read or written, or memory ran out."},
+    };
+    return rows;
+}
+
+std::string exit_codes_line() {
+    std::string line = "Exit codes:";
+    for (const exit_description& row : all_exits()) {
+        line +=
+            (row.code == exit_code::good ? " " : ", ") + std::to_string(static_cast<int>(row.code)) + " " + row.word;
+    }
+    return line + ".";
+}
+
 failure::failure(exit_code code, location where, const std::string& what, std::string hint)
     : std::runtime_error(what), ends_with(code), place(std::move(where)), advice(std::move(hint)) {}
 

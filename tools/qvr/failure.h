@@ -5,6 +5,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace qvr {
 
@@ -14,6 +15,17 @@ enum class exit_code : int {
     usage = 2,  // the command line asks for something that cannot be done
     io = 3      // a file cannot be opened, read or written, or memory ran out
 };
+
+struct exit_description {
+    exit_code code;
+    const char* word;  // for a list on one line
+    const char* text;
+};
+
+const std::vector<exit_description>& all_exits();
+
+// "Exit codes: 0 good, 1 bad data ..."
+std::string exit_codes_line();
 
 // Where a failure happened. Either part may be empty.
 struct location {

@@ -20,15 +20,16 @@ constexpr const char* k_about =
 
 constexpr const char* k_more = R"(
 Try:
-  qvr encode photo.png photo.qvr --alpha-rle     a picture into a .qvr file
-  qvr info photo.qvr                             what is in it
-  qvr verify photo.qvr                           a proof that it is sound
-  qvr decode photo.qvr back.png                  and out of it again
-  qvr formats                                    the sample formats and their names
-  qvr wrap --help                                compressed frames carried beside alpha, stitched chunks
-  qvr encode --help                              everything about one command
+  qvr encode photo.png photo.qvr --alpha-rle     # a picture into a .qvr file
+  qvr info photo.qvr                             # what is in it
+  qvr view photo.qvr -o sheet.png                # the same as a picture to look at
+  qvr verify photo.qvr                           # a proof that it is sound
+  qvr decode photo.qvr back.png                  # and out of it again
+  qvr formats                                    # the sample formats and their names
+  qvr wrap --help                                # compressed frames carried beside alpha, stitched chunks
+  qvr bench                                      # how fast this machine encodes and decodes
+  qvr encode --help                              # everything about one command
 
-Exit codes: 0 good, 1 bad data, 2 wrong usage, 3 a file cannot be opened, read or written.
 Messages go to standard error as 'qvr: FILE: WHERE: WHAT', often with a hint on the next line.)";
 
 std::string version_text() {
@@ -57,7 +58,10 @@ void run(int argc, char** argv) {
     qvr::add_info(line);
     qvr::add_dump(line);
     qvr::add_verify(line);
+    qvr::add_view(line);
     qvr::add_formats(line);
+    qvr::add_bench(line);
+    qvr::add_generate(line);
     line.run(argc, argv);
 }
 
