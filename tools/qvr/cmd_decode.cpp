@@ -42,14 +42,19 @@ void refuse_chunks(const frame_layout& own, const location& where) {
     }
 }
 
+std::unique_ptr<frame_sink> open_output(const decode_options& options) {
+    const layout_request request = options.layout.resolve();
+    if (container_of_output(options.output, request).name == std::string("qvr")) {
+        fail_usage(options.output + ": decoding does not make a .qvr file",
+                   "'qvr convert' makes one of another; a name with another ending gets pictures or raw frames");
+    }
+    return open_sink(options.output, request);
+}
+
 class decoding {
   public:
     explicit decoding(const decode_options& given)
-        : options(given),
-          input(given.input),
-          reader(input),
-          codec(given.run.threads),
-          sink(open_sink(given.output, given.layout.resolve())) {}
+        : options(given), input(given.input), reader(input), codec(given.run.threads), sink(open_output(given)) {}
 
     void run() {
         while (reader.next()) {

@@ -38,6 +38,17 @@ struct encode_options {
     run_options run;
 };
 
+void say_losses(const encode_options& options, const frame_source& source, const frame_layout& layout,
+                loss_log& losses) {
+    const location where = {source.last_place().file, {}};
+    const order_info& order = *find_order(layout.colorComponentOrder);
+    lose_unstored_alpha(layout, where, losses);
+    lose_rate(source.rate(), where, losses);
+    if (options.alpha_rle && !order.alpha) {
+        warn(where.file, std::string("--alpha-rle changes nothing: order ") + order.name + " has no alpha");
+    }
+}
+
 std::string summary(const std::string& name, unsigned long long frames, const frame_layout& layout,
                     std::uint64_t raw_bytes, std::uint64_t bytes) {
     char sizes[120];
@@ -59,7 +70,7 @@ void run_encode(const encode_options& options) {
     unsigned long long frames = 0;
     while (source->next(current)) {
         if (frames == 0) {
-            say_what_is_not_stored(*source, current.layout, how, *request.losses);
+            say_losses(options, *source, current.layout, *request.losses);
         }
         const bytes_view coded = codec.encode(current, how, source->last_place());
         output.write(coded.data, coded.size);

@@ -14,4 +14,14 @@ namespace qvr {
 std::unique_ptr<frame_source> open_raw_source(std::unique_ptr<input_file> file, const layout_request& request);
 std::unique_ptr<frame_sink> open_raw_sink(const std::string& path, const layout_request& request);
 
+// y4m_frames.cpp
+bool begins_like_y4m(input_file& file);
+std::unique_ptr<frame_source> open_y4m_source(std::unique_ptr<input_file> file, const layout_request& request);
+std::unique_ptr<frame_sink> open_y4m_sink(const std::string& path, const layout_request& request);
+
+// qvr_frames.cpp
+bool begins_like_qvr(input_file& file);
+std::unique_ptr<frame_source> open_qvr_source(std::unique_ptr<input_file> file, const layout_request& request);
+std::unique_ptr<frame_sink> open_qvr_sink(const std::string& path, const layout_request& request);
+
 }  // namespace qvr
