@@ -57,6 +57,15 @@ std::optional<std::uint32_t> as_number(const std::string& text) {
     return read.ec == std::errc() && read.ptr == end ? std::optional<std::uint32_t>(value) : std::nullopt;
 }
 
+// Two pixels of a row share their chroma in UYVY, so that the last one of an odd row has no place for its own.
+void require_pairs(const frame_layout& layout, const location& where) {
+    if (layout.colorComponentOrder == QVRUncompressed_OrderCbYCrY && layout.width % 2 != 0) {
+        throw failure(exit_code::usage, where,
+                      "4:2:2 frames of odd width, here " + std::to_string(layout.width) + ", cannot be kept",
+                      "crop or pad the picture to an even width with another program");
+    }
+}
+
 // "30000:1001"
 std::optional<frame_rate> as_ratio(const std::string& text) {
     const std::size_t colon = std::min(text.find(':'), text.size());
@@ -222,6 +231,7 @@ class y4m_source : public frame_source {
         if (request.interlaced) {
             head.layout.frameLayout = QVRUncompressed_LayoutInterlaced;
         }
+        require_pairs(head.layout, place);
         require_raw_size(head.layout, exit_code::data, place);
         for (const y4m_plane& plane : y4m_planes(head.layout)) {
             frame_bytes += plane.width * plane.height * (head.depth == 8 ? 1 : 2);
@@ -287,7 +297,7 @@ class y4m_source : public frame_source {
         std::string line;
         if (!read_line(line)) {
             if (count == 0) {
-                throw failure(exit_code::data, {file->name(), {}}, "there is no frame in it");
+                throw failure(exit_code::data, {file->name(), {}}, "there is no frame in it", k_damaged);
             }
             return false;
         }
@@ -359,6 +369,7 @@ class y4m_sink : public frame_sink {
                               type_text(layout.componentType) + " cannot be kept in a Y4M file",
                           "it takes I420, UYVY, YUV444 and Alpha of 8, 10, 12 and 16 bits, and YUVA444 of 8 bits");
         }
+        require_pairs(layout, where);
         lose_alpha(own, layout, {file.name(), {}}, *request.losses);
         return layout;
     }
