@@ -158,7 +158,8 @@ TEST(convert, decoding_makes_no_qvr_file) {
 TEST(convert, an_empty_file_holds_no_frame) {
     const scratch_folder folder;
     folder.write("a.qvr", {});
-    expect_failure(folder, {"convert", "a.qvr", "b.raw", "--from", "qvr"}, 1, "a.qvr: there is no frame in it", "");
+    expect_failure(folder, {"convert", "a.qvr", "b.raw", "--from", "qvr"}, 1, "a.qvr: there is no frame in it",
+                   "what was to write it has failed");
 }
 
 }  // namespace
