@@ -178,7 +178,7 @@ void canvas::write(output_file& to) {
     shape.width = static_cast<std::uint32_t>(wide);
     shape.height = static_cast<std::uint32_t>(high);
     shape.channels = 3;
-    shape.bytes_per_sample = 1;
+    shape.type = QVRUncompressed_TypeU8;
     shape.samples.reserve(shape.row_bytes() * shape.height);
     for (int y = 0; y < high; ++y) {
         const std::uint8_t* row = cairo_image_surface_get_data(surface.get()) +

@@ -4,6 +4,7 @@
 
 #include "codec.h"
 #include "command.h"
+#include "containers.h"
 #include "json_output.h"
 #include "qvr_file.h"
 
@@ -11,20 +12,25 @@ namespace qvr {
 
 namespace {
 
-constexpr const char* k_about = "Decode a .qvr file to a PNG picture or raw frames";
+constexpr const char* k_about = "Decode a .qvr file to pictures, a Y4M file or raw frames";
 
 constexpr const char* k_more = R"(
-OUT that ends in .png becomes a PNG picture: RGBA when the frame has alpha, RGB when it has none, grey for a lone
-alpha plane. Frames of other orders and types are decoded to raw frames. Any other OUT gets the raw samples of all
-frames one after the other, in the layout that 'qvr info' shows or in the one asked for; any order that holds the
-same kind of samples will do (for example BGRA for a frame made from RGBA). No colour is ever converted.
+The name of OUT says what it becomes: .png, .pam, .ppm, .pgm or .exr a picture (RGBA when the frame has alpha, RGB
+when it has none, grey for a lone alpha plane), .y4m a Y4M file. A name with a number in it, as in frame.%04d.png,
+stands for a file for each frame; each appears as soon as it is complete. Any other OUT gets the raw samples of all
+frames one after the other, in the layout that 'qvr info' shows, in the one that its name says (clip.yuy2), or in the
+one asked for; any order that holds the same kind of samples will do (for example BGRA for a frame made from RGBA).
+No colour is ever converted and no sample changed: what OUT cannot hold is refused. 'qvr formats' lists what each kind
+of file keeps. What is lost besides is said in a warning; --strict refuses instead.
 OUT appears only when it is complete. '-' is standard input or output.
 
 Examples:
   qvr decode photo.qvr photo.png
+  qvr decode clip.qvr clip.y4m --rate 30000:1001
+  qvr decode clip.qvr frames/frame.%04d.png --start 1
   qvr decode clip.qvr clip.yuv --order YUY2
   qvr decode clip.qvr frame7.raw --frame 7
-  qvr decode clip.qvr - --order v210 | playout)";
+  qvr decode clip.qvr - --format v210 | playout)";
 
 struct decode_options {
     std::string input;
@@ -43,15 +49,19 @@ void refuse_chunks(const frame_layout& own, const location& where) {
     }
 }
 
+std::unique_ptr<frame_sink> open_output(const decode_options& options) {
+    const layout_request request = options.layout.resolve();
+    if (container_of_output(options.output, request).name == std::string("qvr")) {
+        fail_usage(options.output + ": decoding does not make a .qvr file",
+                   "'qvr convert' makes one of another; a name with another ending gets pictures or raw frames");
+    }
+    return open_sink(options.output, request);
+}
+
 class decoding {
   public:
     explicit decoding(const decode_options& given)
-        : options(given),
-          input(given.input),
-          reader(input),
-          codec(given.run.threads),
-          sink(ends_in(given.output, ".png") ? open_png_sink(given.output, given.layout.resolve())
-                                             : open_raw_sink(given.output, given.layout.resolve())) {}
+        : options(given), input(given.input), reader(input), codec(given.run.threads), sink(open_output(given)) {}
 
     void run() {
         if (options.json) {
@@ -111,9 +121,11 @@ class decoding {
 
     void require_room() {
         if (sink->holds_one_frame() && !options.only_frame && reader.more()) {
+            const container& kind = container_of_output(options.output, options.layout.resolve());
             throw failure(exit_code::usage, {input.name(), {}},
-                          "the file holds more than one frame, but a PNG holds only one",
-                          "choose one with --frame N, counted from 0, or decode to raw frames");
+                          std::string("the file holds more than one frame, but ") + kind.called + " holds only one",
+                          "choose one with --frame N, counted from 0, or decode to a numbered sequence: name it like "
+                          "frame.%04d.png");
         }
     }
 
@@ -146,12 +158,17 @@ void add_decode(command_line& to) {
     argument_list list = to.add_command("decode", k_about, [options] { decoding(*options).run(); });
     list.explain(k_more);
     list.positional("IN.qvr", options->input, "File to decode; '-' is standard input");
-    list.positional("OUT", options->output, "NAME.png, or raw frames; '-' is standard output");
+    list.positional("OUT", options->output, "Picture, Y4M file, sequence or raw frames; '-' is standard output");
     list.number("--frame", options->only_frame, "Decode this frame alone, counted from 0; default: all frames");
     list.group("Samples to write");
     options->layout.add_format(list, "Order of the samples to write, by number or name; default: the frame's own",
                                "Type of the samples to write, by number or name; default: the frame's own");
     options->layout.add_strides(list);
+    list.group("Files to write");
+    options->layout.add_container(list, "--to");
+    options->layout.add_start(list);
+    options->layout.add_rate(list);
+    options->layout.add_strict(list);
     list.group(nullptr);
     options->run.add(list);
     list.flag("--json", options->json, k_json_help);

@@ -4,29 +4,34 @@
 
 #include "codec.h"
 #include "command.h"
+#include "containers.h"
 #include "json_output.h"
 
 namespace qvr {
 
 namespace {
 
-constexpr const char* k_about = "Encode a PNG picture or raw frames to a .qvr file";
+constexpr const char* k_about = "Encode pictures, Y4M files or raw frames to a .qvr file";
 
 constexpr const char* k_more = R"(
-IN is a PNG (8 or 16 bits; grey, palette, RGB, with or without alpha) or, when --size is given, raw frames
-one after the other. OUT.qvr appears only when all frames are in it. '-' is standard input or output.
+IN is a PNG, PAM, PPM, PGM or OpenEXR picture, a Y4M file, a numbered sequence of files as in frame.%04d.png or, when
+--size is given, raw frames one after the other. OUT.qvr appears only when all frames are in it. '-' is standard
+input or output. 'qvr formats' lists the kinds of files and what each keeps.
 
-A PNG becomes RGBA when it has alpha and RGB when it has none; --order can ask for ARGB, BGRA, RGB, BGR, RGBA,
-ABGR or Alpha (the alpha channel alone, or the grey of a grey PNG). No colour is ever converted, and the type
-follows the PNG's depth: U8 or U16. Colour profile, gamma and texts of the PNG are not part of a frame.
+A picture becomes RGBA when it has alpha and RGB when it has none; --order can ask for ARGB, BGRA, RGB, BGR, RGBA,
+ABGR or Alpha (the alpha channel alone, or the grey of a grey picture, which PAM and PGM become by themselves). No
+colour is ever converted, and the type follows the picture's depth. Colour profile, gamma and texts are not part of a
+frame. Y4M becomes I420, UYVY, YUV444, YUVA444 or Alpha.
 
-Only types U8 and U16 store alpha. With any other type the alpha of an order that has it is left out, and a
-warning says so.
+Only types U8 and U16 store alpha. With any other type the alpha of an order that has it is left out. What is lost is
+said in a warning; --strict refuses instead.
 
 Examples:
   qvr encode photo.png photo.qvr --alpha-rle
-  qvr encode clip.yuv clip.qvr --size 1920x1080 --order UYVY --type U8
-  qvr encode clip.v210 clip.qvr --size 1920x1080 --order v210 --interlaced
+  qvr encode clip.y4m clip.qvr
+  qvr encode shot/frame.%04d.exr shot.qvr --start 1001
+  qvr encode clip.yuv clip.qvr --size 1920x1080 --format UYVY
+  qvr encode clip.v210 clip.qvr --size 1920x1080 --interlaced
   capture | qvr encode - clip.qvr --size 1280x720 --order I420 --type U8)";
 
 struct encode_options {
@@ -39,15 +44,14 @@ struct encode_options {
     run_options run;
 };
 
-void warn_about_alpha(const encode_options& options, const std::string& file, const frame_layout& layout) {
-    const order_info* order = find_order(layout.colorComponentOrder);
-    const bool stored = stores_alpha(layout.colorComponentOrder, layout.componentType);
-    if (order && order->alpha && !stored) {
-        warn(file, std::string("alpha is left out: type ") + type_text(layout.componentType) +
-                       " stores none, only U8 and U16 do");
-    }
-    if (options.alpha_rle && order && !order->alpha) {
-        warn(file, std::string("--alpha-rle changes nothing: order ") + order->name + " has no alpha");
+void say_losses(const encode_options& options, const frame_source& source, const frame_layout& layout,
+                loss_log& losses) {
+    const location where = {source.last_place().file, {}};
+    const order_info& order = *find_order(layout.colorComponentOrder);
+    lose_unstored_alpha(layout, where, losses);
+    lose_rate(source.rate(), where, losses);
+    if (options.alpha_rle && !order.alpha) {
+        warn(where.file, std::string("--alpha-rle changes nothing: order ") + order.name + " has no alpha");
     }
 }
 
@@ -65,9 +69,9 @@ void run_encode(const encode_options& options) {
     if (options.json) {
         require_free_output(options.output);
     }
-    input_file input(options.input);
+    const layout_request request = options.layout.resolve();
     const std::unique_ptr<frame_source> source =
-        open_source(options.input, input, options.layout.resolve(), "--size 1920x1080 --order UYVY --type U8");
+        open_source(options.input, request, "--size 1920x1080 --order UYVY --type U8");
     encoder codec(options.run.threads);
     const compression how = make_compression(options.alpha_rle, options.slices);
     output_file output(options.output);
@@ -75,7 +79,7 @@ void run_encode(const encode_options& options) {
     unsigned long long frames = 0;
     while (source->next(current)) {
         if (frames == 0) {
-            warn_about_alpha(options, input.name(), current.layout);
+            say_losses(options, *source, current.layout, *request.losses);
         }
         const bytes_view coded = codec.encode(current, how, source->last_place());
         output.write(coded.data, coded.size);
@@ -100,7 +104,7 @@ void add_encode(command_line& to) {
     const auto options = std::make_shared<encode_options>();
     argument_list list = to.add_command("encode", k_about, [options] { run_encode(*options); });
     list.explain(k_more);
-    list.positional("IN", options->input, "PNG picture or raw frames; '-' is standard input");
+    list.positional("IN", options->input, "Picture, Y4M file, sequence or raw frames; '-' is standard input");
     list.positional("OUT.qvr", options->output, "File to write; '-' is standard output");
     list.group("Alpha");
     list.flag("--alpha-rle", options->alpha_rle, "Code the alpha plane by run lengths");
@@ -115,6 +119,10 @@ void add_encode(command_line& to) {
               "IN holds raw frames of this size in pixels; default: IN is a PNG");
     options->layout.add_strides(list);
     list.flag("--interlaced", options->layout.interlaced, "Mark the frames as interlaced");
+    list.group("Files to read");
+    options->layout.add_container(list, "--from");
+    options->layout.add_start(list);
+    options->layout.add_strict(list);
     list.group(nullptr);
     options->run.add(list);
     list.flag("--json", options->json, k_json_help);

@@ -122,7 +122,7 @@ class viewing {
                           "there is no plane " + std::to_string(*options.plane) + " in the frame",
                           "'qvr info' shows the planes, counted from 0");
         }
-        const plane_content content = content_of(*plane);
+        const plane_in_words content = content_of(*plane);
         if (content.chunks) {
             throw failure(exit_code::usage, reader.place(),
                           "plane " + std::to_string(*options.plane) + " holds chunks of another codec, not samples",

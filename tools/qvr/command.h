@@ -23,22 +23,34 @@ void add_formats(command_line& to);
 void add_view(command_line& to);
 void add_bench(command_line& to);
 void add_generate(command_line& to);
+void add_convert(command_line& to);
 
 // What --order and --type can be called, one name for each.
 std::vector<std::string> order_names();
 std::vector<std::string> type_names();
 
-// Options that encode and decode share, as they were typed.
+// Options that describe one side of a command, its raw frames and its files, as they were typed.
 struct layout_options {
     std::string order;
     std::string type;
+    std::string format;
     std::string size;
     std::uint32_t row_bytes = 0;
     std::uint32_t row_bytes2 = 0;
     bool interlaced = false;
+    std::string container;
+    std::optional<std::uint32_t> start;
+    std::string rate;
+    bool strict = false;
 
-    void add_format(argument_list& to, const char* order_help, const char* type_help);
-    void add_strides(argument_list& to);
+    // prefix: "--" or, for the second side of a command, "--out-".
+    void add_format(argument_list& to, const char* order_help, const char* type_help, const std::string& prefix = "--");
+    void add_strides(argument_list& to, const std::string& prefix = "--");
+    // option: "--from" or "--to".
+    void add_container(argument_list& to, const char* option);
+    void add_start(argument_list& to, const std::string& prefix = "--");
+    void add_rate(argument_list& to);
+    void add_strict(argument_list& to);
     // Checks and translates what was typed.
     layout_request resolve() const;
 };
@@ -48,7 +60,7 @@ struct run_options {
     bool time = false;
     bool quiet = false;
 
-    void add(argument_list& to);
+    void add(argument_list& to, bool timed = true);
 };
 
 bool ends_in(const std::string& path, const char* extension);

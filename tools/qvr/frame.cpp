@@ -67,6 +67,44 @@ void require_size(const frame_layout& layout, const QVRUncompressed_CompressedPa
     }
 }
 
+bool frame_rate::operator==(const frame_rate& other) const {
+    return std::uint64_t{frames} * other.seconds == std::uint64_t{other.frames} * seconds;
+}
+
+std::uint64_t frame_source::skip(std::uint64_t count) {
+    frame dropped;
+    std::uint64_t skipped = 0;
+    while (skipped < count && next(dropped)) {
+        ++skipped;
+    }
+    return skipped;
+}
+
+void lose_alpha(const frame_layout& from, const frame_layout& to, const location& where, loss_log& losses) {
+    const order_info* old_order = find_order(from.colorComponentOrder);
+    const order_info* new_order = find_order(to.colorComponentOrder);
+    if (old_order && new_order && old_order->alpha && !new_order->alpha) {
+        losses.lose(where, std::string("alpha is left out: order ") + new_order->name + " has none",
+                    "write to a kind of file, or ask for an order, that keeps it");
+    }
+}
+
+void lose_unstored_alpha(const frame_layout& layout, const location& where, loss_log& losses) {
+    const order_info* order = find_order(layout.colorComponentOrder);
+    if (order && order->alpha && !stores_alpha(layout.colorComponentOrder, layout.componentType)) {
+        losses.lose(where,
+                    "alpha is left out: type " + type_text(layout.componentType) + " stores none, only U8 and U16 do");
+    }
+}
+
+void lose_rate(const std::optional<frame_rate>& rate, const location& where, loss_log& losses) {
+    // The default of --rate brings the usual one back.
+    if (rate && !(*rate == frame_rate())) {
+        const std::string text = std::to_string(rate->frames) + ":" + std::to_string(rate->seconds);
+        losses.lose(where, "its frame rate is left out; to get it back, decode with --rate " + text);
+    }
+}
+
 std::string layout_text(const frame_layout& layout) {
     return std::to_string(layout.width) + "x" + std::to_string(layout.height) +
            (layout.frameLayout == QVRUncompressed_LayoutInterlaced ? " interlaced" : " progressive") + ", order " +

@@ -3,6 +3,9 @@
 
 #include <cstdio>
 
+#include "frame_text.h"
+#include "plane_codes.h"
+
 namespace qvr {
 
 namespace {
@@ -10,7 +13,7 @@ namespace {
 constexpr std::size_t k_most_rows = 12;
 
 struct content_row {
-    const char* begins;  // of plane_code_text()
+    const char* begins;  // of plane_code::text
     std::optional<component> alone;
     colour bar;
 };
@@ -47,7 +50,7 @@ std::uint64_t payload_bytes(const box& of) {
 }
 
 weight plane_weight(const plane_description& plane, std::uint64_t bytes) {
-    const std::string text = plane_code_text(plane.code);
+    const std::string text = find_plane_code(unquoted(plane.code)).text;
     const content_row* row = row_of(text);
     weight made = {"Plane " + std::to_string(plane.number), (text.empty() ? plane.code : text), bytes,
                    row ? row->bar : k_payload_bar};
@@ -91,9 +94,9 @@ const plane_description* find_plane(const box_tree& tree, std::size_t number) {
     return nullptr;
 }
 
-plane_content content_of(const plane_description& plane) {
-    plane_content content;
-    content.text = plane_code_text(plane.code);
+plane_in_words content_of(const plane_description& plane) {
+    plane_in_words content;
+    content.text = find_plane_code(unquoted(plane.code)).text;
     const content_row* row = row_of(content.text);
     content.chunks = row == nullptr;
     content.alone = row ? row->alone : std::nullopt;

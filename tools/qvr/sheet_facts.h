@@ -14,7 +14,7 @@
 namespace qvr {
 
 // What one plane of the tree holds: a component alone, or all of the colours of each pixel.
-struct plane_content {
+struct plane_in_words {
     std::string text;  // "Cb, 8 bits"
     std::optional<component> alone;
     bool chunks = false;  // nothing that can be shown
@@ -22,7 +22,7 @@ struct plane_content {
 
 // Null when the frame has no such plane.
 const plane_description* find_plane(const box_tree& tree, std::size_t number);
-plane_content content_of(const plane_description& plane);
+plane_in_words content_of(const plane_description& plane);
 
 std::vector<std::pair<std::string, std::string>> frame_facts(const frame_layout& layout, const box_tree& tree);
 

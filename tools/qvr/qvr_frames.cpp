@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: BSD-3-Clause
+//
+// .qvr files as frames: decoded when read, encoded when written.
+#include <utility>
+
+#include "codec.h"
+#include "container_files.h"
+#include "qvr_file.h"
+
+namespace qvr {
+
+namespace {
+
+class qvr_source : public frame_source {
+  public:
+    qvr_source(std::unique_ptr<input_file> from, const layout_request& asked)
+        : file(std::move(from)), reader(*file), codec(asked.threads), request(asked) {}
+
+    bool next(frame& to) override {
+        if (!read()) {
+            return false;
+        }
+        const frame_layout own = codec.read_layout(reader.bytes(), reader.place());
+        refuse_wrapped();
+        to.layout = own;
+        to.layout.colorComponentOrder = request.format.order.value_or(own.colorComponentOrder);
+        to.layout.componentType = request.format.type.value_or(own.componentType);
+        lose_alpha(own, to.layout, {file->name(), {}}, *request.losses);
+        codec.decode(reader.bytes(), to, reader.place());
+        return true;
+    }
+
+    std::uint64_t skip(std::uint64_t count) override {
+        std::uint64_t skipped = 0;
+        while (skipped < count && read()) {
+            ++skipped;
+        }
+        return skipped;
+    }
+
+    bool more() override { return reader.more(); }
+    location last_place() const override { return reader.place(); }
+
+  private:
+    bool read() {
+        const bool first = reader.number() == 0 && reader.offset() == 0 && reader.bytes().size == 0;
+        if (reader.next()) {
+            return true;
+        }
+        if (first) {
+            throw failure(exit_code::data, {file->name(), {}}, "there is no frame in it: the file is empty",
+                          "what was to write it has failed, or is not done yet");
+        }
+        return false;
+    }
+
+    void refuse_wrapped() const {
+        if (QVRUncompressed_ReadWrapCount(reader.bytes().data, static_cast<std::uint32_t>(reader.bytes().size)) > 0) {
+            throw failure(exit_code::usage, reader.place(),
+                          "the frame holds wrapped payloads of another codec, which are no samples",
+                          "'qvr unwrap' takes them out; 'qvr info' shows them");
+        }
+    }
+
+    std::unique_ptr<input_file> file;
+    frame_reader reader;
+    decoder codec;
+    layout_request request;
+};
+
+class qvr_sink : public frame_sink {
+  public:
+    qvr_sink(const std::string& path, const layout_request& asked) : request(asked), file(path), codec(asked.threads) {}
+
+    frame_layout wanted(const frame_layout& own, const location&) const override {
+        frame_layout layout = own;
+        layout.colorComponentOrder = request.format.order.value_or(own.colorComponentOrder);
+        layout.componentType = request.format.type.value_or(own.componentType);
+        lose_alpha(own, layout, {file.name(), {}}, *request.losses);
+        lose_unstored_alpha(layout, {file.name(), {}}, *request.losses);
+        return layout;
+    }
+
+    bool holds_one_frame() const override { return false; }
+
+    void put(const frame& from) override {
+        const bytes_view coded = codec.encode(from, request.how, {file.name(), {}});
+        file.write(coded.data, coded.size);
+    }
+
+    void commit() override { file.commit(); }
+
+  private:
+    layout_request request;
+    output_file file;
+    encoder codec;
+};
+
+}  // namespace
+
+bool begins_like_qvr(input_file& file) {
+    const std::vector<std::uint8_t>& head = file.peek(8);
+    return head.size() >= 8 && std::string(head.begin() + 4, head.begin() + 8) == "pack";
+}
+
+std::unique_ptr<frame_source> open_qvr_source(std::unique_ptr<input_file> file, const layout_request& request) {
+    return std::make_unique<qvr_source>(std::move(file), request);
+}
+
+std::unique_ptr<frame_sink> open_qvr_sink(const std::string& path, const layout_request& request) {
+    return std::make_unique<qvr_sink>(path, request);
+}
+
+}  // namespace qvr
