@@ -43,7 +43,8 @@ rm -f "$folder/made"
 if ! TMPDIR=$folder mmdebstrap --quiet --variant=minbase --aptopt="$folder/apt.conf" --format=null \
     --customize-hook="touch '$folder/made'" --customize-hook='mkdir "$1/test"' \
     --customize-hook="tar-in '$folder/test.tar' /test" \
-    --customize-hook='chroot "$1" env LC_ALL=C /test/tests/install/install_packages.sh' \
+    --customize-hook='chroot "$1" env -i LC_ALL=C PATH=/usr/sbin:/usr/bin:/sbin:/bin ${http_proxy:+"http_proxy=$http_proxy"} \
+        /test/tests/install/install_packages.sh' \
     bookworm - - <"$folder/sources.list" 2>"$folder/log"; then
     [ ! -e "$folder/made" ] || { tail -n 60 "$folder/log" >&2; exit 1; }
     unpack_instead "mmdebstrap could not make it: $(tail -n 5 "$folder/log")"
