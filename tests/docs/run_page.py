@@ -30,6 +30,8 @@ To add a block, write it. A comment on the line before it says when something el
 
 Links to files of the repository must lead somewhere.
 
+Blocks that install something or run the tests are not for running: apt-get, sudo and ctest refuse to work.
+
 A new input file is a row of INPUTS; a variable that programs need is a line of environment(). Every page that
 tests/docs/CMakeLists.txt finds is a test of its own.
 """
@@ -38,6 +40,7 @@ import os
 import pathlib
 import re
 import shutil
+import signal
 import struct
 import subprocess
 import sys
@@ -149,10 +152,20 @@ def install(build, prefix):
         raise Failure(f"the library cannot be installed:\n{done.stdout}{done.stderr}")
 
 
+def stop_commands(folder):
+    """Stand-ins for commands that no test may run: blocks that want them are skipped with a reason."""
+    folder.mkdir()
+    for name in ("apt-get", "sudo", "ctest"):
+        reason = f"{name} is not for blocks that are run: say why this one is skipped"
+        (folder / name).write_text(f"#!/bin/sh\necho '{reason}'\nexit 1\n")
+        (folder / name).chmod(0o755)
+    return folder
+
+
 def environment(build, prefix):
     libraries = sorted({str(path.parent) for path in prefix.rglob("libQVRUncompressed.so")})
     lists = {
-        "PATH": [build / "tools/qvr", build / "examples"],
+        "PATH": [stop_commands(prefix.parent / "stopped"), build / "tools/qvr", build / "examples"],
         "CPATH": [prefix / "include"],
         "LIBRARY_PATH": libraries,
         "LD_LIBRARY_PATH": libraries,
@@ -169,11 +182,16 @@ def environment(build, prefix):
 
 
 def run(command, text, folder, values):
-    done = subprocess.run(command, input=text, cwd=folder, env=values, text=True, errors="replace", check=False,
-                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=LIMIT)
-    if done.returncode != 0:
-        raise Failure(f"ended with {done.returncode} and said:\n{done.stdout}")
-    return done.stdout
+    with subprocess.Popen(command, cwd=folder, env=values, text=True, errors="replace", stdin=subprocess.PIPE,
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, start_new_session=True) as process:
+        try:
+            printed, _ = process.communicate(text, timeout=LIMIT)
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, signal.SIGKILL)  # whatever the block has started, too
+            raise Failure(f"did not end within {LIMIT} seconds") from None
+    if process.returncode != 0:
+        raise Failure(f"ended with {process.returncode} and said:\n{printed}")
+    return printed
 
 
 def compile_only(language, text, folder, values):
@@ -253,7 +271,7 @@ def run_page(page, source, build):
         for block in blocks_of(page):
             try:
                 printed = treat(block, folder, source, values, printed)
-            except (Failure, subprocess.TimeoutExpired) as problem:
+            except Failure as problem:
                 raise Failure(f"{page}:{block.line}: the block {problem}") from problem
             count += block.language not in ("", "text") or block.how == "output"
         print(f"{page.name}: {count} blocks")

@@ -3,6 +3,7 @@
 """The runner itself: a page that is right passes, and each way to be wrong is found."""
 import pathlib
 import tempfile
+import time
 import unittest
 
 import run_page
@@ -38,6 +39,18 @@ class Blocks(unittest.TestCase):
         self.assertIn("ended with 1", self.refused("```sh", "false", "echo on", "```"))
         self.assertIn("ended with 1", self.refused("```sh", "false | cat", "```"))
         self.assertIn("unbound", self.refused("```sh", "echo $NO_SUCH_NAME", "```"))
+
+    def test_a_block_that_does_not_end_is_ended(self):
+        limit, run_page.LIMIT = run_page.LIMIT, 0.5
+        self.addCleanup(setattr, run_page, "LIMIT", limit)
+        self.assertIn("did not end", self.refused("```sh", "sleep 3 && touch late | cat", "```"))
+        time.sleep(3)
+        self.assertFalse((self.folder / "late").exists())
+
+    def test_commands_that_no_page_may_run(self):
+        self.values = run_page.environment(self.folder, self.folder / "prefix")
+        for name in ("apt-get update", "sudo true", "ctest -N"):
+            self.assertIn("not for blocks", self.refused("```sh", name, "```"))
 
     def test_output_is_compared(self):
         command = ["```sh", "echo one; echo two >&2; echo three", "```", "<!-- docs-test: output -->", "```"]
