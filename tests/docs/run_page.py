@@ -13,7 +13,7 @@ CMake, pkg-config and the loader look into.
 What is done with a block depends on its language:
 
     sh              run by bash; any command that fails fails the test
-    python          run by /usr/bin/python3
+    python          run by /usr/bin/python3, behind the Python blocks before it, as cells of a notebook are
     c, cpp          compiled, without a warning; not run
     none, or text   nothing: a drawing, a file name, an output
 
@@ -194,6 +194,17 @@ def run(command, text, folder, values):
     return printed
 
 
+NOTEBOOK = """
+import contextlib, io, pathlib, sys
+state, file, block = {"__name__": "__main__"}, pathlib.Path(".earlier.py"), sys.stdin.read()
+earlier = file.read_text() if file.exists() else ""
+with contextlib.redirect_stdout(io.StringIO()):
+    exec(compile(earlier, "earlier blocks", "exec"), state)
+exec(compile(block, "block", "exec"), state)
+file.write_text(earlier + block)
+"""
+
+
 def compile_only(language, text, folder, values):
     command = {"c": ["cc", "-std=c11"], "cpp": ["c++", "-std=c++17"]}[language]
     source = {"c": "c", "cpp": "c++"}[language]
@@ -250,7 +261,7 @@ def treat(block, folder, source, values, printed):
     elif block.language == "sh":
         return run(shell, block.text, folder, values)
     elif block.language == "python":
-        return run(["/usr/bin/python3", "-"], block.text, folder, values)
+        return run(["/usr/bin/python3", "-c", NOTEBOOK], block.text, folder, values)
     elif block.language in ("c", "cpp"):
         compile_only(block.language, block.text, folder, values)
     elif block.language not in ("", "text"):

@@ -60,6 +60,12 @@ class Blocks(unittest.TestCase):
         for wrong in (["one", "two"], ["one", "two", "three", "four"], ["one", "...", "four"], ["One", "..."], []):
             self.assertIn("printed was", self.refused(*command, *wrong, "```"))
 
+    def test_python_blocks_are_a_notebook(self):
+        cells = ["```python", "x = 20", "print(x)", "```", "```python", "x += 3", "print(x)", "```"]
+        self.assertEqual(self.run_text(*cells), "23\n")
+        self.assertEqual(self.run_text("```python", "print(x)", "```"), "23\n")
+        self.assertIn("NameError", self.refused("```python", "print(y)", "```"))
+
     def test_programs_are_compiled(self):
         for language in ("c", "cpp"):
             self.run_text("```" + language, "int main(void) { return 0; }", "```")
@@ -99,7 +105,8 @@ class Blocks(unittest.TestCase):
         page = self.folder / "page.md"
         page.write_text("[a](page.md#b) [b](#c) ![c](page.md) [d](https://example.org/x)\n```\n[e](none)\n```\n")
         run_page.check_links(page)
-        for wrong in ("[a](none.md)", "[a](none.md#b)", "![a](none.svg)", "[a](page.md) [`b`](no/ne.c)", "[a\nb](none.md)"):
+        wrong_pages = ["[a](none.md)", "[a](none.md#b)", "![a](none.svg)", "[a](page.md) [`b`](no/n.c)", "[a\nb](none.md)"]
+        for wrong in wrong_pages:
             page.write_text(wrong + "\n")
             with self.assertRaises(run_page.Failure):
                 run_page.check_links(page)
