@@ -6,8 +6,8 @@
     run_page.py --skipped PAGE.md...                         lists the blocks that are not run, with the reasons
 
 Each page has a temporary folder of its own, where its blocks run from top to bottom. It looks like the root of the
-repository (links to all that lies there), build/demo, build/test and build/release are the build folder at hand, and
-it holds the files of INPUTS. 'qvr' and the examples are on PATH; the library is installed in a folder that compilers,
+repository (links to all that lies there), build/demo, build/test and build/release have what was built (BUILT), and it
+holds the files of INPUTS. 'qvr' and the examples are on PATH; the library is installed in a folder that compilers,
 CMake, pkg-config and the loader look into.
 
 What is done with a block depends on its language:
@@ -134,13 +134,20 @@ INPUTS = {
 }
 
 
+# What pages look for in a build folder. Not the folder itself: a block must not be able to change it.
+BUILT = ("src/libQVRUncompressed*", "tools/qvr/qvr", "examples/*")
+
+
 def furnish(folder, source, build):
     for entry in source.iterdir():
         if entry.name != ".git" and not entry.name.startswith("build"):
             (folder / entry.name).symlink_to(entry)
-    (folder / "build").mkdir()
     for name in ("demo", "test", "release"):
-        (folder / "build" / name).symlink_to(build)
+        for pattern in BUILT:
+            for file in filter(pathlib.Path.is_file, build.glob(pattern)):
+                link = folder / "build" / name / file.relative_to(build)
+                link.parent.mkdir(parents=True, exist_ok=True)
+                link.symlink_to(file)
     for name, content in INPUTS.items():
         (folder / name).write_bytes(content(source))
 
