@@ -1,6 +1,9 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: BSD-3-Clause
-"""Makes a Markdown page of the repository a page of the site: page_filter.py FILE (Doxygen's FILTER_PATTERNS).
+"""Makes pages of the repository pages of the site.
+
+    page_filter.py PAGE.md                    prints the page as Doxygen is to read it (FILTER_PATTERNS)
+    page_filter.py --copy FOLDER PAGE.md...   copies the files that the pages link to into the site's folder
 
 Pages are written for a forge. There a link names a file, and an anchor is made of its heading. Doxygen has names for
 pages and sections that are its own, so this gives each heading the name that a forge's anchor has and turns links into
@@ -10,6 +13,7 @@ for them.
 import os
 import pathlib
 import re
+import shutil
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
@@ -36,18 +40,23 @@ def section_name(page, anchor):
     return f"{page_name(page)}--{anchor}"
 
 
+def path_of(page, file):
+    """The file that a link names, seen from the root of the repository."""
+    return os.path.relpath(ROOT / pathlib.Path(page).parent / file, ROOT) if file else page
+
+
 def reference(page, text, target):
     """A link as Doxygen wants it, where target is what stands in the parentheses."""
     text = " ".join(text.split())  # Doxygen wants it on one line
     if re.match(r"[a-z]+:", target):
         return f"[{text}]({target})"
     file, _, anchor = target.partition("#")
-    path = os.path.relpath(ROOT / pathlib.Path(page).parent / file, ROOT) if file else page
+    path = path_of(page, file)
     if os.path.dirname(path) == "examples" and path.endswith((".c", ".cpp")):
         section = section_name(EXAMPLES, forge_anchor(os.path.basename(path)))
         return f'<a href="{page_name(EXAMPLES)}.html#{section}">{code(text)}</a>'
     if not path.endswith(".md"):
-        return f'<a href="{os.path.basename(path)}">{code(text)}</a>'
+        return f'<a href="files/{path}">{code(text)}</a>'
     if anchor:
         return f"[{text}](@ref {section_name(path, anchor)})"
     return f'<a href="{page_name(path)}.html">{code(text)}</a>'
@@ -89,9 +98,24 @@ def sources():
         yield f"\n## {path.name} {{#{section_name(EXAMPLES, forge_anchor(path.name))}}}\n\n@include {path.name}"
 
 
+def copy_files(site, pages):
+    """Files and folders that pages link to, but no pages and no examples, which the site has in another form."""
+    for page in pages:
+        for _, target in LINK.findall("".join(FENCED.split((ROOT / page).read_text())[::2])):
+            path = path_of(page, target.partition("#")[0])
+            if re.match(r"[a-z]+:", target) or path.endswith((".md", ".c", ".cpp")):
+                continue
+            copy = shutil.copytree if (ROOT / path).is_dir() else shutil.copyfile
+            (site / path).parent.mkdir(parents=True, exist_ok=True)
+            copy(ROOT / path, site / path, **({"dirs_exist_ok": True} if copy is shutil.copytree else {}))
+
+
 def main():
-    path = pathlib.Path(sys.argv[1]).resolve()
+    path = pathlib.Path(sys.argv[-1]).resolve()
     page = str(path.relative_to(ROOT))
+    if sys.argv[1] == "--copy":
+        pages = [str(pathlib.Path(each).resolve().relative_to(ROOT)) for each in sys.argv[3:]]
+        return copy_files(pathlib.Path(sys.argv[2]) / "files", pages)
     print(for_the_site(page, path.read_text()))
     if page == EXAMPLES:
         print("\n".join(sources()))

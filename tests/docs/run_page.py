@@ -6,14 +6,14 @@
     run_page.py --skipped PAGE.md...                         lists the blocks that are not run, with the reasons
 
 Each page has a temporary folder of its own, where its blocks run from top to bottom. It looks like the root of the
-repository (links to all that lies there), build/demo, build/test and build/release are the build folder at hand, and
-it holds the files of INPUTS. 'qvr' and the examples are on PATH; the library is installed in a folder that compilers,
+repository (links to all that lies there), build/demo, build/test and build/release have what was built (BUILT), and it
+holds the files of INPUTS. 'qvr' and the examples are on PATH; the library is installed in a folder that compilers,
 CMake, pkg-config and the loader look into.
 
 What is done with a block depends on its language:
 
     sh              run by bash; any command that fails fails the test
-    python          run by /usr/bin/python3
+    python          run by /usr/bin/python3, behind the Python blocks before it, as cells of a notebook are
     c, cpp          compiled, without a warning; not run
     none, or text   nothing: a drawing, a file name, an output
 
@@ -30,6 +30,8 @@ To add a block, write it. A comment on the line before it says when something el
 
 Links to files of the repository must lead somewhere.
 
+Blocks that install something or run the tests are not for running: apt-get, sudo and ctest refuse to work.
+
 A new input file is a row of INPUTS; a variable that programs need is a line of environment(). Every page that
 tests/docs/CMakeLists.txt finds is a test of its own.
 """
@@ -38,6 +40,7 @@ import os
 import pathlib
 import re
 import shutil
+import signal
 import struct
 import subprocess
 import sys
@@ -131,13 +134,20 @@ INPUTS = {
 }
 
 
+# What pages look for in a build folder. Not the folder itself: a block must not be able to change it.
+BUILT = ("src/libQVRUncompressed*", "tools/qvr/qvr", "examples/*")
+
+
 def furnish(folder, source, build):
     for entry in source.iterdir():
         if entry.name != ".git" and not entry.name.startswith("build"):
             (folder / entry.name).symlink_to(entry)
-    (folder / "build").mkdir()
     for name in ("demo", "test", "release"):
-        (folder / "build" / name).symlink_to(build)
+        for pattern in BUILT:
+            for file in filter(pathlib.Path.is_file, build.glob(pattern)):
+                link = folder / "build" / name / file.relative_to(build)
+                link.parent.mkdir(parents=True, exist_ok=True)
+                link.symlink_to(file)
     for name, content in INPUTS.items():
         (folder / name).write_bytes(content(source))
 
@@ -149,10 +159,20 @@ def install(build, prefix):
         raise Failure(f"the library cannot be installed:\n{done.stdout}{done.stderr}")
 
 
+def stop_commands(folder):
+    """Stand-ins for commands that no test may run: blocks that want them are skipped with a reason."""
+    folder.mkdir()
+    for name in ("apt-get", "sudo", "ctest"):
+        reason = f"{name} is not for blocks that are run: say why this one is skipped"
+        (folder / name).write_text(f"#!/bin/sh\necho '{reason}'\nexit 1\n")
+        (folder / name).chmod(0o755)
+    return folder
+
+
 def environment(build, prefix):
     libraries = sorted({str(path.parent) for path in prefix.rglob("libQVRUncompressed.so")})
     lists = {
-        "PATH": [build / "tools/qvr", build / "examples"],
+        "PATH": [stop_commands(prefix.parent / "stopped"), build / "tools/qvr", build / "examples"],
         "CPATH": [prefix / "include"],
         "LIBRARY_PATH": libraries,
         "LD_LIBRARY_PATH": libraries,
@@ -169,11 +189,27 @@ def environment(build, prefix):
 
 
 def run(command, text, folder, values):
-    done = subprocess.run(command, input=text, cwd=folder, env=values, text=True, errors="replace", check=False,
-                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=LIMIT)
-    if done.returncode != 0:
-        raise Failure(f"ended with {done.returncode} and said:\n{done.stdout}")
-    return done.stdout
+    with subprocess.Popen(command, cwd=folder, env=values, text=True, errors="replace", stdin=subprocess.PIPE,
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, start_new_session=True) as process:
+        try:
+            printed, _ = process.communicate(text, timeout=LIMIT)
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, signal.SIGKILL)  # whatever the block has started, too
+            raise Failure(f"did not end within {LIMIT} seconds") from None
+    if process.returncode != 0:
+        raise Failure(f"ended with {process.returncode} and said:\n{printed}")
+    return printed
+
+
+NOTEBOOK = """
+import contextlib, io, pathlib, sys
+state, file, block = {"__name__": "__main__"}, pathlib.Path(".earlier.py"), sys.stdin.read()
+earlier = file.read_text() if file.exists() else ""
+with contextlib.redirect_stdout(io.StringIO()):
+    exec(compile(earlier, "earlier blocks", "exec"), state)
+exec(compile(block, "block", "exec"), state)
+file.write_text(earlier + block)
+"""
 
 
 def compile_only(language, text, folder, values):
@@ -232,7 +268,7 @@ def treat(block, folder, source, values, printed):
     elif block.language == "sh":
         return run(shell, block.text, folder, values)
     elif block.language == "python":
-        return run(["/usr/bin/python3", "-"], block.text, folder, values)
+        return run(["/usr/bin/python3", "-c", NOTEBOOK], block.text, folder, values)
     elif block.language in ("c", "cpp"):
         compile_only(block.language, block.text, folder, values)
     elif block.language not in ("", "text"):
@@ -253,7 +289,7 @@ def run_page(page, source, build):
         for block in blocks_of(page):
             try:
                 printed = treat(block, folder, source, values, printed)
-            except (Failure, subprocess.TimeoutExpired) as problem:
+            except Failure as problem:
                 raise Failure(f"{page}:{block.line}: the block {problem}") from problem
             count += block.language not in ("", "text") or block.how == "output"
         print(f"{page.name}: {count} blocks")

@@ -3,6 +3,7 @@
 """The runner itself: a page that is right passes, and each way to be wrong is found."""
 import pathlib
 import tempfile
+import time
 import unittest
 
 import run_page
@@ -39,6 +40,18 @@ class Blocks(unittest.TestCase):
         self.assertIn("ended with 1", self.refused("```sh", "false | cat", "```"))
         self.assertIn("unbound", self.refused("```sh", "echo $NO_SUCH_NAME", "```"))
 
+    def test_a_block_that_does_not_end_is_ended(self):
+        limit, run_page.LIMIT = run_page.LIMIT, 0.5
+        self.addCleanup(setattr, run_page, "LIMIT", limit)
+        self.assertIn("did not end", self.refused("```sh", "sleep 3 && touch late | cat", "```"))
+        time.sleep(3)
+        self.assertFalse((self.folder / "late").exists())
+
+    def test_commands_that_no_page_may_run(self):
+        self.values = run_page.environment(self.folder, self.folder / "prefix")
+        for name in ("apt-get update", "sudo true", "ctest -N"):
+            self.assertIn("not for blocks", self.refused("```sh", name, "```"))
+
     def test_output_is_compared(self):
         command = ["```sh", "echo one; echo two >&2; echo three", "```", "<!-- docs-test: output -->", "```"]
         self.run_text(*command, "one", "two", "three", "```")
@@ -46,6 +59,12 @@ class Blocks(unittest.TestCase):
         self.run_text(*command, "o...", "two", "th...e", "```")
         for wrong in (["one", "two"], ["one", "two", "three", "four"], ["one", "...", "four"], ["One", "..."], []):
             self.assertIn("printed was", self.refused(*command, *wrong, "```"))
+
+    def test_python_blocks_are_a_notebook(self):
+        cells = ["```python", "x = 20", "print(x)", "```", "```python", "x += 3", "print(x)", "```"]
+        self.assertEqual(self.run_text(*cells), "23\n")
+        self.assertEqual(self.run_text("```python", "print(x)", "```"), "23\n")
+        self.assertIn("NameError", self.refused("```python", "print(y)", "```"))
 
     def test_programs_are_compiled(self):
         for language in ("c", "cpp"):
@@ -86,7 +105,8 @@ class Blocks(unittest.TestCase):
         page = self.folder / "page.md"
         page.write_text("[a](page.md#b) [b](#c) ![c](page.md) [d](https://example.org/x)\n```\n[e](none)\n```\n")
         run_page.check_links(page)
-        for wrong in ("[a](none.md)", "[a](none.md#b)", "![a](none.svg)", "[a](page.md) [`b`](no/ne.c)", "[a\nb](none.md)"):
+        wrong_pages = ["[a](none.md)", "[a](none.md#b)", "![a](none.svg)", "[a](page.md) [`b`](no/n.c)", "[a\nb](none.md)"]
+        for wrong in wrong_pages:
             page.write_text(wrong + "\n")
             with self.assertRaises(run_page.Failure):
                 run_page.check_links(page)
