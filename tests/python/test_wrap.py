@@ -127,7 +127,8 @@ def test_payloads_that_say_more_than_there_is(size, message):
 def test_order_of_boxes_matters():
     plane = box(b"sinf", bytes([2, 0, 0, 0, 2, 0, 0, 0]) + b"stch\0")
     tiles = box(b"pack", plane + box(b"sdat", box(b"tile", b"123")))
-    with pytest.raises(qvr.DecodeError, match="^the chunks begin with a 'tile' box, but the first must be a 'stch' box$"):
+    message = "^the chunks begin with a 'tile' box, but the first must be a 'stch' box$"
+    with pytest.raises(qvr.DecodeError, match=message):
         qvr.unwrap(tiles)
     grey = box(b"sinf", bytes([2, 0, 0, 0, 2, 0, 0, 0]) + b"rg08\0") + box(b"sdat", bytes(12))
     beside = box(b"pack", box(b"QCXF", qcx(2, 2)) + grey)
