@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: BSD-3-Clause
-"""Frames for tests: shapes and dtypes as the header of the library describes them, and nothing taken from the package."""
+"""Frames for tests: shapes and dtypes as the library's header describes them, and nothing taken from the package."""
 
 import numpy as np
 

@@ -93,7 +93,8 @@ def test_types_have_names_and_numbers(name, type):
     ("RGB", [], "there is no type []; types are U8, U16, U10, U12, U10Packed, Half, Float, Fixed16"),
     ("v210", "U8", "type U8 contradicts the order's name, which is type U10Packed"),
     ("Alpha", "Half", "order Alpha does not go with type Half; its types are U8, U16"),
-    ("RGB", "U10Packed", "order RGB does not go with type U10Packed; its types are U8, U16, U10, U12, Half, Float, Fixed16"),
+    ("RGB", "U10Packed",
+     "order RGB does not go with type U10Packed; its types are U8, U16, U10, U12, Half, Float, Fixed16"),
     ("RGB", None, "empty() needs a type, or an order's name that implies one"),
 ])
 def test_what_does_not_exist_is_named(order, type, message):

@@ -71,7 +71,8 @@ def test_arrays_with_gaps_give_the_same_bytes(rng, order, type):
     before = [around.copy() for around in arounds]
     assert qvr.encode(frames.as_frame(views), order, type) == stream
     assert frames.same(arounds, before)
-    for turned in (np.asfortranarray, lambda plane: plane[::-1].copy()[::-1], lambda plane: np.repeat(plane, 2, 1)[:, ::2]):
+    for turned in (np.asfortranarray, lambda plane: plane[::-1].copy()[::-1],
+                   lambda plane: np.repeat(plane, 2, 1)[:, ::2]):
         assert qvr.encode(frames.as_frame([turned(plane) for plane in planes]), order, type) == stream
 
 

@@ -16,7 +16,7 @@ constexpr std::size_t k_most_bytes = std::numeric_limits<std::uint32_t>::max();
 enum class access : int { read = PyBUF_SIMPLE, write = PyBUF_WRITABLE };
 
 // Holds an object's buffer, so that it neither moves nor goes away. Made and ended with the interpreter lock held.
-// Throws what Python raises (TypeError, BufferError) for objects without a contiguous buffer, or without a writable one.
+// Throws what Python raises, TypeError or BufferError, for objects without a contiguous buffer or a writable one.
 class byte_span {
   public:
     byte_span(const pybind11::handle& object, access wanted) {

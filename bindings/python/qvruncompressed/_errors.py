@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: BSD-3-Clause
-"""The exceptions of the package. All are ValueErrors; str() of an EncodeError or DecodeError is the library's message."""
+"""The exceptions of the package. All are ValueErrors."""
 
 
 class QVRError(ValueError):

@@ -59,7 +59,7 @@ def planes_of(layout, given):
 
 
 def frame_size(layout, arrays, width=None):
-    """(width, height) of a frame of these arrays, all of which are checked. width: where the array alone leaves it open."""
+    """(width, height) of a frame of these arrays, all of which are checked. width: where the array leaves it open."""
     plane, main = layout.planes[0], arrays[0]
     if main.ndim < 2:
         _refuse(layout, 0, plane.shape_text, main)
