@@ -9,7 +9,8 @@ set -euo pipefail
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 readme=$(realpath "$2")
-export GST_PLUGIN_PATH=$1 GST_REGISTRY=$folder/registry.bin
+plugins=$(realpath "$1")
+export GST_PLUGIN_PATH=$plugins GST_REGISTRY=$folder/registry.bin
 unset DISPLAY WAYLAND_DISPLAY
 cd "$folder"
 
