@@ -36,6 +36,7 @@ struct parser_state {
     GstCaps* upstream = nullptr;  // what its caps say goes on, as far as the frames do not say otherwise
     std::unique_ptr<decoder_codec> codec;
     std::optional<frame_params> described;  // by the caps downstream
+    bool timed_upstream = false;            // upstream's buffers have times of their own
     frame_index index;
 };
 
@@ -111,6 +112,7 @@ gboolean start(GstBaseParse* parser) {
         return FALSE;
     }
     state.described.reset();
+    state.timed_upstream = false;
     state.index.clear();
     gst_base_parse_set_min_frame_size(parser, k_header_size);
     choose_rate(parser);
@@ -175,10 +177,24 @@ void warn(GstBaseParse* parser, const char* what, const char* reason, std::uint6
     GST_ELEMENT_WARNING(parser, STREAM, DEMUX, ("%s", what), ("%s, at byte %" G_GUINT64_FORMAT, reason, offset));
 }
 
-// Sets the times of a frame of a file. Frames that upstream has given times keep them.
-void set_times(parser_state& state, GstBaseParseFrame* frame, std::uint32_t size) {
-    if (GST_BUFFER_PTS_IS_VALID(frame->buffer)) {
+// Says how long a file is whose frames are all as large as its first.
+void set_duration(GstBaseParse* parser, std::uint32_t size) {
+    gint64 total = 0;
+    if (gst_pad_peer_query_duration(GST_BASE_PARSE_SINK_PAD(parser), GST_FORMAT_BYTES, &total) && total > 0 &&
+        total % size == 0) {
+        const GstClockTime duration = time_of(state_of(parser).rate, static_cast<std::uint64_t>(total / size));
+        gst_base_parse_set_duration(parser, GST_FORMAT_TIME, static_cast<gint64>(duration), 0);
+    }
+}
+
+// Frames of a file get their times from their numbers: the base class would add up durations that are rounded.
+void set_times(GstBaseParse* parser, GstBaseParseFrame* frame, std::uint32_t size) {
+    parser_state& state = state_of(parser);
+    if (state.timed_upstream) {
         return;
+    }
+    if (frame->offset == 0) {
+        set_duration(parser, size);
     }
     state.index.add(frame->offset, size);
     if (const std::optional<std::uint64_t> number = state.index.number_of(frame->offset)) {
@@ -206,7 +222,7 @@ GstFlowReturn finish(GstBaseParse* parser, GstBaseParseFrame* frame, const std::
     } else if (!describe(parser, read)) {
         return GST_FLOW_NOT_NEGOTIATED;
     }
-    set_times(state, frame, size);
+    set_times(parser, frame, size);
     return gst_base_parse_finish_frame(parser, frame, static_cast<gint>(size));
 }
 
@@ -247,7 +263,7 @@ GstFlowReturn handle_frame(GstBaseParse* parser, GstBaseParseFrame* frame, gint*
     return look_at(parser, frame, bytes, skip);
 }
 
-// ---- Seeking
+// ---- Events
 
 // A seek to a frame number becomes one to its time.
 GstEvent* in_time(const parser_state& state, GstEvent* event) {
@@ -286,6 +302,15 @@ void locate(GstBaseParse* parser, GstEvent* seek) {
     if (const std::optional<std::uint64_t> offset = state.index.find(frame, pad)) {
         gst_base_parse_add_index_entry(parser, *offset, time_of(state.rate, frame), TRUE, TRUE);
     }
+}
+
+gboolean sink_event(GstBaseParse* parser, GstEvent* event) {
+    if (GST_EVENT_TYPE(event) == GST_EVENT_SEGMENT) {
+        const GstSegment* segment = nullptr;
+        gst_event_parse_segment(event, &segment);
+        state_of(parser).timed_upstream = segment->format == GST_FORMAT_TIME;
+    }
+    return parent_class->sink_event(parser, event);
 }
 
 gboolean src_event(GstBaseParse* parser, GstEvent* event) {
@@ -337,6 +362,7 @@ void class_init(gpointer klass, gpointer) {
     parser_class->stop = stop;
     parser_class->set_sink_caps = set_sink_caps;
     parser_class->handle_frame = handle_frame;
+    parser_class->sink_event = sink_event;
     parser_class->src_event = src_event;
 }
 

@@ -12,6 +12,13 @@ namespace {
 
 constexpr std::size_t k_box_header = 8;
 
+// Fields lie at any address, which GStreamer's own macro takes for aligned.
+std::uint32_t load_32(const std::uint8_t* at) {
+    std::uint32_t value = 0;
+    std::memcpy(&value, at, sizeof value);
+    return value;
+}
+
 bool is_box(const std::uint8_t* box, const char* type) {
     return std::memcmp(box + 4, type, 4) == 0;
 }
@@ -21,7 +28,7 @@ bool is_box(const std::uint8_t* box, const char* type) {
 bool is_plausible(std::uint32_t size, const std::uint8_t* sinf) {
     constexpr std::uint32_t k_allowance = 1 << 20;
     constexpr std::uint64_t k_most_pixel_bytes = 32;
-    const std::uint64_t pixels = std::uint64_t{GST_READ_UINT32_LE(sinf + 8)} * GST_READ_UINT32_LE(sinf + 12);
+    const std::uint64_t pixels = std::uint64_t{load_32(sinf + 8)} * load_32(sinf + 12);
     return size <= k_allowance || (size - k_allowance) / k_most_pixel_bytes <= pixels;
 }
 
@@ -42,7 +49,7 @@ GstCaps* encoded_caps(framing which) {
 }
 
 std::uint32_t frame_size(const std::uint8_t* header) {
-    return GST_READ_UINT32_LE(header);
+    return load_32(header);
 }
 
 bool starts_frame(const std::uint8_t* header, trust level) {

@@ -114,7 +114,7 @@ TEST(layout, gstreamer_means_the_same_by_its_formats) {
         SCOPED_TRACE(format.name);
         const bytes stream = stream_of(format);
         const auto start = [&](const std::string& type, std::size_t count) {
-            return test::to_hex(from_hex(stored(stream, type))).substr(0, 2 * count + (count - 1) / 4);
+            return stored(stream, type).substr(0, 2 * count + (count - 1) / 4);
         };
         if (format.order <= 2 && format.type != 2) {
             const std::string type = format.type == 1 ? "y208" : format.type == 4 ? "y212" : "y210";

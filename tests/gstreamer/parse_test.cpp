@@ -51,6 +51,9 @@ parsed parse(const bytes& stream, std::size_t piece = 1000, const std::string& o
     GstBus* const bus = gst_bus_new();
     gst_element_set_bus(parser, bus);
     gst_harness_set_src_caps_str(harness, "video/x-qvr-uncompressed");
+    GstSegment segment;
+    gst_segment_init(&segment, GST_FORMAT_BYTES);
+    gst_harness_push_event(harness, gst_event_new_segment(&segment));
     for (std::size_t at = 0; at < stream.size(); at += piece) {
         const auto begin = stream.begin() + static_cast<std::ptrdiff_t>(at);
         const auto size = static_cast<std::ptrdiff_t>(std::min(piece, stream.size() - at));
