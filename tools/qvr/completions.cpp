@@ -96,15 +96,15 @@ constexpr const char* k_bash_tail = R"(    if [[ $word == -* ]]; then
 complete -o bashdefault -o default -F _qvr qvr
 )";
 
-std::string bash_quoted(const std::string& text) {
-    return "\"" + text + "\"";
+std::string bash_pattern(const std::string& command, const std::string& name) {
+    return "\"" + command + " " + name + "\"";
 }
 
 std::string bash_values(const std::string& command, const argument_description& argument) {
     std::string patterns;
     for (const std::string& name : argument.names) {
         patterns += patterns.empty() ? "" : " | ";
-        patterns += bash_quoted(command + " " + name);
+        patterns += bash_pattern(command, name);
     }
     switch (kind_of(argument)) {
         case value_kind::words:
