@@ -38,8 +38,9 @@ constexpr alpha_row k_alpha[] = {{QVRUncompressed_OrderARGB, 4, 0},
 
 // A disc with a soft edge, as mattes are: mostly 0 and 255, and slopes between.
 std::uint8_t matte_level(const frame_layout& layout, std::size_t pixel) {
+    const std::size_t row = pixel / layout.width;
     const double x = static_cast<double>(pixel % layout.width) - layout.width / 2.0;
-    const double y = static_cast<double>(pixel / layout.width) - layout.height / 2.0;
+    const double y = static_cast<double>(row) - layout.height / 2.0;
     const double radius = std::min(layout.width, layout.height) / 3.0;
     const double edge = radius / 10;
     return static_cast<std::uint8_t>(255 * std::clamp((radius - std::hypot(x, y)) / edge + 0.5, 0.0, 1.0));

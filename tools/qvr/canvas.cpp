@@ -2,7 +2,6 @@
 #include "canvas.h"
 
 #include <cairo-svg.h>
-#include <cairo.h>
 
 #include <algorithm>
 #include <cmath>

@@ -3,15 +3,14 @@
 // A surface to draw on, in pixels from the top left corner, which becomes a PNG or an SVG.
 #pragma once
 
+#include <cairo.h>
+
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "file_io.h"
-
-struct _cairo;
-struct _cairo_surface;
 
 namespace qvr {
 
@@ -70,8 +69,8 @@ class canvas {
     int wide;
     int high;
     std::string document;  // of an SVG
-    std::unique_ptr<_cairo_surface, void (*)(_cairo_surface*)> surface;
-    std::unique_ptr<_cairo, void (*)(_cairo*)> pen;
+    std::unique_ptr<cairo_surface_t, void (*)(cairo_surface_t*)> surface;
+    std::unique_ptr<cairo_t, void (*)(cairo_t*)> pen;
 };
 
 }  // namespace qvr

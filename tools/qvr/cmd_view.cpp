@@ -111,7 +111,7 @@ class viewing {
             made.panes.push_back({"Matte", shown_picture::matte, {}});
         }
         if (view.has_colour() && view.has_alpha()) {
-            made.panes.push_back({"Over a checkerboard", shown_picture::over_checkerboard, {}});
+            made.panes.push_back({"Over checkerboard", shown_picture::over_checkerboard, {}});
         }
     }
 

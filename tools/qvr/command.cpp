@@ -33,6 +33,7 @@ void parse_size(const std::string& text, layout_request& to) {
 template <class Rows>
 std::vector<std::string> names_of(const Rows& rows) {
     std::vector<std::string> names;
+    names.reserve(rows.size());
     for (const auto& row : rows) {
         names.emplace_back(row.name);
     }

@@ -96,10 +96,15 @@ constexpr const char* k_bash_tail = R"(    if [[ $word == -* ]]; then
 complete -o bashdefault -o default -F _qvr qvr
 )";
 
+std::string bash_pattern(const std::string& command, const std::string& name) {
+    return "\"" + command + " " + name + "\"";
+}
+
 std::string bash_values(const std::string& command, const argument_description& argument) {
     std::string patterns;
     for (const std::string& name : argument.names) {
-        patterns += (patterns.empty() ? "\"" : " | \"") + command + " " + name + "\"";
+        patterns += patterns.empty() ? "" : " | ";
+        patterns += bash_pattern(command, name);
     }
     switch (kind_of(argument)) {
         case value_kind::words:
@@ -142,22 +147,30 @@ std::string zsh_action(const argument_description& argument) {
     }
 }
 
-std::string zsh_arguments(const std::vector<argument_description>& arguments, const std::string& indent) {
+std::string zsh_positional(const argument_description& argument) {
+    const char* count = argument.repeated ? "*:" : argument.required ? ":" : "::";
+    return zsh_quoted(count + zsh_escaped(argument.names.front()) + ":" + zsh_action(argument));
+}
+
+std::string zsh_option(const argument_description& argument, const std::string& name) {
+    const bool flag = kind_of(argument) == value_kind::none;
+    const char* separator = flag ? "" : name.rfind("--", 0) == 0 ? "=" : "+";
+    const std::string value = flag ? "" : ":" + zsh_escaped(argument.value) + ":" + zsh_action(argument);
+    return zsh_quoted("(" + joined(argument.names) + ")" + name + separator + "[" + zsh_escaped(brief(argument)) + "]" +
+                      value);
+}
+
+std::string zsh_arguments(const std::vector<argument_description>& arguments, const char* indent) {
     std::string out;
     for (const argument_description& argument : arguments) {
         if (argument.positional) {
-            out += indent + zsh_quoted((argument.repeated   ? "*:"
-                                        : argument.required ? ":"
-                                                            : "::") +
-                                       zsh_escaped(argument.names.front()) + ":" + zsh_action(argument));
+            out += indent;
+            out += zsh_positional(argument);
             continue;
         }
-        const bool flag = kind_of(argument) == value_kind::none;
-        const std::string value = flag ? "" : ":" + zsh_escaped(argument.value) + ":" + zsh_action(argument);
         for (const std::string& name : argument.names) {
-            const char* separator = flag ? "" : name.rfind("--", 0) == 0 ? "=" : "+";
-            out += indent + zsh_quoted("(" + joined(argument.names) + ")" + name + separator + "[" +
-                                       zsh_escaped(brief(argument)) + "]" + value);
+            out += indent;
+            out += zsh_option(argument, name);
         }
     }
     return out;

@@ -66,7 +66,8 @@ void draw_panes(canvas& on, const sheet& from) {
     int x = k_sheet_margin;
     for (const sheet_pane& pane : from.panes) {
         const extent size = size_of(from, pane);
-        on.text(x, k_sheet_top - k_caption, pane.caption, {13, k_plain, true, text_style::left, double(size.width)});
+        on.text(x, k_sheet_top - k_caption, pane.caption,
+                {13, k_plain, true, text_style::left, double(size.width) + k_sheet_gap - 8});
         // A line around it, so that black pictures have an edge too.
         on.fill({x - 1.0, k_sheet_top - 1.0, size.width + 2.0, size.height + 2.0}, k_frame);
         if (pane.instead.empty()) {
@@ -90,7 +91,7 @@ void draw_facts(canvas& on, const sheet& from, double x, double y) {
 void draw_weights(canvas& on, const sheet& from, double x, double y, double width) {
     constexpr double k_names = 92;
     constexpr double k_texts = 232;
-    constexpr double k_numbers = 176;
+    constexpr double k_numbers = 200;
     const double bars = width - k_names - k_texts - k_numbers;
     for (const weight& row : from.weights) {
         const double share =
