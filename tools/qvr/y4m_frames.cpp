@@ -207,15 +207,15 @@ class y4m_sink : public frame_sink {
 
     std::uint32_t natural_order(const frame_layout& own, const location& where) const {
         const order_info* order = find_order(own.colorComponentOrder);
-        const std::string chroma = order ? order->subsampling : "";
-        const bool colours = order && *order->channels != '\0';
+        const bool colours = !order || *order->channels != '\0';
+        const std::string chroma = colours ? "" : order->subsampling;
         if (chroma == "4:2:0") {
             return QVRUncompressed_OrderPlanar420;
         }
         if (chroma == "4:2:2") {
             return QVRUncompressed_OrderCbYCrY;
         }
-        if (chroma == "4:4:4" && !colours) {
+        if (!colours && chroma == "4:4:4") {
             const bool alpha = order->alpha && own.componentType == QVRUncompressed_TypeU8;
             return std::uint32_t{alpha ? QVRUncompressed_OrderYCbCrA444 : QVRUncompressed_OrderYCbCr444};
         }
