@@ -36,11 +36,11 @@ TEST(usage, help_goes_to_standard_output_with_examples) {
     const scratch_folder folder;
     const outcome whole = folder.qvr({"--help"});
     EXPECT_EQ(whole.code, 0);
-    for (const char* word :
-         {"encode", "decode", "wrap", "unwrap", "info", "formats", "Exit codes: 0 good, 1 bad data, 2 wrong usage"}) {
+    for (const char* word : {"encode", "decode", "convert", "wrap", "unwrap", "info", "formats",
+                             "Exit codes: 0 good, 1 bad data, 2 wrong usage"}) {
         EXPECT_TRUE(holds(whole.out, word)) << word;
     }
-    for (const char* command : {"encode", "decode", "wrap", "unwrap", "info", "dump", "verify"}) {
+    for (const char* command : {"encode", "decode", "convert", "wrap", "unwrap", "info", "dump", "verify", "formats"}) {
         const outcome result = folder.qvr({command, "--help"});
         EXPECT_EQ(result.code, 0);
         EXPECT_EQ(result.err, "");
@@ -52,14 +52,23 @@ TEST(usage, help_goes_to_standard_output_with_examples) {
 TEST(usage, every_option_is_in_the_help) {
     const scratch_folder folder;
     const std::string encode = folder.qvr({"encode", "--help"}).out;
-    for (const char* option : {"--alpha-rle", "--slices", "--order", "--type", "--interlaced", "--threads", "--size",
-                               "--row-bytes ", "--row-bytes2 ", "--time", "--quiet"}) {
+    for (const char* option :
+         {"--alpha-rle", "--slices", "--order", "--type", "--interlaced", "--threads", "--size", "--row-bytes ",
+          "--row-bytes2 ", "--time", "--quiet", "--format", "--from", "--start", "--strict"}) {
         EXPECT_TRUE(holds(encode, option)) << option;
     }
     const std::string decode = folder.qvr({"decode", "--help"}).out;
-    for (const char* option :
-         {"--frame", "--order", "--type", "--threads", "--row-bytes ", "--row-bytes2 ", "--time", "--quiet"}) {
+    for (const char* option : {"--frame", "--order", "--type", "--threads", "--row-bytes ", "--row-bytes2 ", "--time",
+                               "--quiet", "--format", "--to", "--start", "--rate", "--strict"}) {
         EXPECT_TRUE(holds(decode, option)) << option;
+    }
+    const std::string convert = folder.qvr({"convert", "--help"}).out;
+    for (const char* option : {"--from",       "--to",         "--size",        "--format",         "--order",
+                               "--type",       "--row-bytes ", "--row-bytes2 ", "--interlaced",     "--start",
+                               "--out-format", "--out-order",  "--out-type",    "--out-row-bytes ", "--out-row-bytes2 ",
+                               "--out-start",  "--rate",       "--strict",      "--alpha-rle",      "--slices",
+                               "--threads",    "--quiet"}) {
+        EXPECT_TRUE(holds(convert, option)) << option;
     }
 }
 

@@ -55,7 +55,7 @@ class frame_source {
     // False when there is no further frame. The frame's memory is used again where it fits.
     virtual bool next(frame& to) = 0;
     // Passes over as many frames, without reading their samples where the file can be sought in; returns how many there
-    // were to pass over. What is damaged is left to next().
+    // were to pass over. Damage on the way is a failure, or left to next().
     virtual std::uint64_t skip(std::uint64_t count);
     // Whether anything follows, be it a whole frame or not.
     virtual bool more() = 0;
