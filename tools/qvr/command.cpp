@@ -9,6 +9,8 @@
 #include <cstring>
 #include <system_error>
 
+#include "status_line.h"
+
 namespace qvr {
 
 namespace {
@@ -69,7 +71,7 @@ bool ends_in(const std::string& path, const char* extension) {
 }
 
 void say(const std::string& line) {
-    std::fprintf(stderr, "%s\n", line.c_str());
+    print_message(line + "\n");
 }
 
 void finish_standard_output() {
