@@ -134,7 +134,9 @@ TEST(usage, raw_frames_need_order_and_type) {
 }
 
 TEST(usage, something_that_is_no_png_needs_a_size) {
-    expect_refused(raw({}), "clip.raw: this is not a PNG, and raw frames need --size", "for example --size 1920x1080");
+    expect_refused(
+        raw({}), "clip.raw: this is no picture or clip that can be told by its first bytes, and raw frames need --size",
+        "for example --size 1920x1080");
 }
 
 TEST(usage, frames_of_4_gib_are_refused_before_anything_is_read) {

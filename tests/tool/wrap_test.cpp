@@ -193,7 +193,7 @@ TEST(wrap, a_matte_that_is_no_png_is_refused) {
     folder.write("m.png", noise(50));
     const outcome damaged = folder.qvr(k_wrap_png);
     EXPECT_EQ(damaged.code, 1);
-    EXPECT_TRUE(holds(damaged.err, "qvr: m.png: this is not a PNG: its first eight bytes are others")) << damaged.err;
+    EXPECT_TRUE(holds(damaged.err, "qvr: m.png: this is not a PNG: its first bytes are others")) << damaged.err;
     write_picture(folder.file("m.png"), make_picture(colours::grey, 16, 6, 4));
     const outcome type = folder.qvr(joined(k_wrap_png, {"--type", "U8"}));
     EXPECT_EQ(type.code, 2);

@@ -108,7 +108,8 @@ TEST_F(wrap_usage, a_matte_of_raw_samples_is_described_in_full) {
         more.insert(more.begin(), start.begin(), start.end());
         return more;
     };
-    expect_refused(with({}), "m.raw: this is not a PNG, and raw frames need --size",
+    expect_refused(with({}),
+                   "m.raw: this is no picture or clip that can be told by its first bytes, and raw frames need --size",
                    "for example --size 1920x1080 --type U8");
     expect_refused(with({"--size", "4x2"}), "a matte of raw samples needs --type", "--type U8 or --type U16");
     expect_refused(with({"--size", "4x2", "--type", "U10"}), "order 14 Alpha does not go with type 3 U10", "'qvr");

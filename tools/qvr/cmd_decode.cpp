@@ -4,6 +4,7 @@
 
 #include "codec.h"
 #include "command.h"
+#include "containers.h"
 #include "qvr_file.h"
 
 namespace qvr {
@@ -48,8 +49,7 @@ class decoding {
           input(given.input),
           reader(input),
           codec(given.run.threads),
-          sink(ends_in(given.output, ".png") ? open_png_sink(given.output, given.layout.resolve())
-                                             : open_raw_sink(given.output, given.layout.resolve())) {}
+          sink(open_sink(given.output, given.layout.resolve())) {}
 
     void run() {
         while (reader.next()) {
@@ -129,6 +129,10 @@ void add_decode(command_line& to) {
     options->layout.add_format(list, "Order of the samples to write, by number or name; default: the frame's own",
                                "Type of the samples to write, by number or name; default: the frame's own");
     options->layout.add_strides(list);
+    options->layout.add_container(list, "--to");
+    options->layout.add_start(list);
+    options->layout.add_rate(list);
+    options->layout.add_strict(list);
     options->run.add(list);
 }
 

@@ -4,6 +4,7 @@
 
 #include "codec.h"
 #include "command.h"
+#include "containers.h"
 
 namespace qvr {
 
@@ -37,18 +38,6 @@ struct encode_options {
     run_options run;
 };
 
-void warn_about_alpha(const encode_options& options, const std::string& file, const frame_layout& layout) {
-    const order_info* order = find_order(layout.colorComponentOrder);
-    const bool stored = stores_alpha(layout.colorComponentOrder, layout.componentType);
-    if (order && order->alpha && !stored) {
-        warn(file, std::string("alpha is left out: type ") + type_text(layout.componentType) +
-                       " stores none, only U8 and U16 do");
-    }
-    if (options.alpha_rle && order && !order->alpha) {
-        warn(file, std::string("--alpha-rle changes nothing: order ") + order->name + " has no alpha");
-    }
-}
-
 std::string summary(const std::string& name, unsigned long long frames, const frame_layout& layout,
                     std::uint64_t raw_bytes, std::uint64_t bytes) {
     char sizes[120];
@@ -60,9 +49,9 @@ std::string summary(const std::string& name, unsigned long long frames, const fr
 }
 
 void run_encode(const encode_options& options) {
-    input_file input(options.input);
+    const layout_request request = options.layout.resolve();
     const std::unique_ptr<frame_source> source =
-        open_source(options.input, input, options.layout.resolve(), "--size 1920x1080 --order UYVY --type U8");
+        open_source(options.input, request, "--size 1920x1080 --order UYVY --type U8");
     encoder codec(options.run.threads);
     const compression how = make_compression(options.alpha_rle, options.slices);
     output_file output(options.output);
@@ -70,7 +59,7 @@ void run_encode(const encode_options& options) {
     unsigned long long frames = 0;
     while (source->next(current)) {
         if (frames == 0) {
-            warn_about_alpha(options, input.name(), current.layout);
+            say_what_is_not_stored(*source, current.layout, how, *request.losses);
         }
         const bytes_view coded = codec.encode(current, how, source->last_place());
         output.write(coded.data, coded.size);
@@ -102,6 +91,9 @@ void add_encode(command_line& to) {
     list.text("--size", options->layout.size, "WxH", "IN holds raw frames of this size in pixels");
     options->layout.add_strides(list);
     list.flag("--interlaced", options->layout.interlaced, "Mark the frames as interlaced");
+    options->layout.add_container(list, "--from");
+    options->layout.add_start(list);
+    options->layout.add_strict(list);
     options->run.add(list);
 }
 

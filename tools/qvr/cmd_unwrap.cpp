@@ -94,11 +94,7 @@ class unwrapping {
 
     void write_alpha() {
         const std::string name = stem() + "alpha.png";
-        picture shape;
-        shape.width = current.layout.width;
-        shape.height = current.layout.height;
-        shape.channels = 1;
-        shape.bytes_per_sample = current.layout.componentType == QVRUncompressed_TypeU8 ? 1 : 2;
+        const picture shape = shape_of(current.layout);
         if (shape.width == 0 || shape.height == 0) {
             throw failure(exit_code::data, reader.place(), "the alpha plane has no pixels, which no PNG can show",
                           "'qvr info' shows its size");

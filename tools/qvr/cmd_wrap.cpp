@@ -5,6 +5,7 @@
 
 #include "codec.h"
 #include "command.h"
+#include "containers.h"
 
 namespace qvr {
 
@@ -128,10 +129,10 @@ void read_matte(const wrap_options& options, frame& to) {
     if (raw && !request.format.type) {
         fail_usage("a matte of raw samples needs --type", "--type U8 or --type U16");
     }
-    input_file file(options.alpha);
-    open_source(options.alpha, file, request, "--size 1920x1080 --type U8")->next(to);
-    if (raw && !file.at_end()) {
-        throw failure(exit_code::data, {file.name(), {}},
+    const std::unique_ptr<frame_source> source = open_source(options.alpha, request, "--size 1920x1080 --type U8");
+    source->next(to);
+    if (raw && source->more()) {
+        throw failure(exit_code::data, {source->last_place().file, {}},
                       "it holds more than the " + std::to_string(to.bytes) + " bytes of one matte",
                       "do --size and --type describe it? They say " + layout_text(to.layout));
     }

@@ -30,31 +30,82 @@ void parse_size(const std::string& text, layout_request& to) {
     }
 }
 
-}  // namespace
-
-void layout_options::add_format(argument_list& to, const char* order_help, const char* type_help) {
-    to.text("--order", order, "N|NAME", order_help);
-    to.text("--type", type, "N|NAME", type_help);
+// "25", "30000:1001" or "30000/1001"
+frame_rate parse_rate(const std::string& text) {
+    frame_rate rate;
+    const char* end = text.data() + text.size();
+    const auto frames = std::from_chars(text.data(), end, rate.frames);
+    bool good = frames.ec == std::errc();
+    if (good && frames.ptr != end) {
+        good = *frames.ptr == ':' || *frames.ptr == '/';
+        const auto seconds = std::from_chars(frames.ptr + 1, end, rate.seconds);
+        good = good && seconds.ec == std::errc() && seconds.ptr == end;
+    }
+    if (!good || rate.frames == 0 || rate.seconds == 0) {
+        fail_usage("--rate " + text + ": this is not a frame rate",
+                   "write frames a second: --rate 25, or as a fraction: --rate 30000:1001");
+    }
+    return rate;
 }
 
-void layout_options::add_strides(argument_list& to) {
-    to.number("--row-bytes", row_bytes,
+}  // namespace
+
+void layout_options::add_format(argument_list& to, const char* order_help, const char* type_help,
+                                const std::string& prefix) {
+    const std::string both = prefix + "format";
+    to.text((prefix + "order").c_str(), order, "N|NAME", order_help);
+    to.text((prefix + "type").c_str(), type, "N|NAME", type_help);
+    to.text(both.c_str(), format, "NAME", "Order and type in one: a name of the third table of 'qvr formats'");
+    to.excludes(both.c_str(), (prefix + "order").c_str());
+    to.excludes(both.c_str(), (prefix + "type").c_str());
+}
+
+void layout_options::add_strides(argument_list& to, const std::string& prefix) {
+    to.number((prefix + "row-bytes").c_str(), row_bytes,
               "Raw frames: bytes from row to row of the first or only plane,\n"
               "and of the alpha plane of A420; not given: rows without a gap");
-    to.number("--row-bytes2", row_bytes2,
+    to.number((prefix + "row-bytes2").c_str(), row_bytes2,
               "Raw frames: the same for Cb and Cr of I420 and A420,\n"
               "and for the alpha plane of YUY2+A and UYVY+A");
 }
 
+void layout_options::add_container(argument_list& to, const char* option) {
+    to.text(option, container, "KIND",
+            option == std::string("--from")
+                ? "Kind of file that IN is; not given: what its first bytes say"
+                : "Kind of file that OUT becomes; not given: what its name ends in, else raw");
+}
+
+void layout_options::add_start(argument_list& to, const std::string& prefix) {
+    to.number((prefix + "start").c_str(), start,
+              prefix == "--" ? "First number of a numbered sequence as in frame.%04d.png;\n"
+                               "not given: of an input the lowest that there is, of an output 0"
+                             : "First number of a numbered sequence as OUT; not given: 0");
+}
+
+void layout_options::add_rate(argument_list& to) {
+    to.text("--rate", rate, "N[:M]", "Frames a second, for files that say so (Y4M); not given: 25");
+}
+
+void layout_options::add_strict(argument_list& to) {
+    to.flag("--strict", strict, "Refuse, instead of warning, when anything would be lost");
+}
+
 layout_request layout_options::resolve() const {
     layout_request request;
-    request.format = parse_format(order, type);
+    request.format = parse_format(order, type, format);
     if (!size.empty()) {
         parse_size(size, request);
     }
     request.row_bytes = row_bytes;
     request.row_bytes2 = row_bytes2;
     request.interlaced = interlaced;
+    request.container = container;
+    request.start = start;
+    if (!rate.empty()) {
+        request.rate = parse_rate(rate);
+    }
+    request.losses = std::make_shared<loss_log>(strict);
     return request;
 }
 

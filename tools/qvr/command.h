@@ -17,18 +17,30 @@ void add_wrap(command_line& to);
 void add_unwrap(command_line& to);
 void add_info(command_line& to);
 void add_formats(command_line& to);
+void add_convert(command_line& to);
 
-// Options that encode and decode share, as they were typed.
+// Options that describe one side of a command, its raw frames and its files, as they were typed.
 struct layout_options {
     std::string order;
     std::string type;
+    std::string format;
     std::string size;
     std::uint32_t row_bytes = 0;
     std::uint32_t row_bytes2 = 0;
     bool interlaced = false;
+    std::string container;
+    std::optional<std::uint32_t> start;
+    std::string rate;
+    bool strict = false;
 
-    void add_format(argument_list& to, const char* order_help, const char* type_help);
-    void add_strides(argument_list& to);
+    // prefix: "--" or, for the second side of a command, "--out-".
+    void add_format(argument_list& to, const char* order_help, const char* type_help, const std::string& prefix = "--");
+    void add_strides(argument_list& to, const std::string& prefix = "--");
+    // option: "--from" or "--to".
+    void add_container(argument_list& to, const char* option);
+    void add_start(argument_list& to, const std::string& prefix = "--");
+    void add_rate(argument_list& to);
+    void add_strict(argument_list& to);
     // Checks and translates what was typed.
     layout_request resolve() const;
 };

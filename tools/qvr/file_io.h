@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,12 @@ class input_file {
     // The next bytes, up to count, without taking them.
     const std::vector<std::uint8_t>& peek(std::size_t count);
     bool at_end() { return peek(1).empty(); }
+
+    // Passes over bytes, without reading them where the file can be sought in; returns how many there were.
+    std::uint64_t skip(std::uint64_t count);
+
+    // How many bytes are left, where the system knows: in regular files.
+    std::optional<std::uint64_t> bytes_left() const;
 
   private:
     std::size_t read_from_system(std::uint8_t* to, std::size_t count);

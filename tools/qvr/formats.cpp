@@ -62,14 +62,14 @@ const named_format* find_named(const std::string& given) {
 }
 
 format_choice parse_order(const std::string& given) {
-    if (const named_format* named = find_named(given)) {
-        return {named->order, named->type};
+    if (const std::optional<std::uint32_t> order = look_up(all_orders(), given)) {
+        return {order, std::nullopt};
     }
-    const std::optional<std::uint32_t> order = look_up(all_orders(), given);
-    if (!order) {
+    const named_format* named = find_named(given);
+    if (!named) {
         fail_usage("--order " + given + ": there is no such order", "'qvr formats' lists the orders and their names");
     }
-    return {order, std::nullopt};
+    return {named->order, named->type};
 }
 
 }  // namespace
@@ -136,12 +136,42 @@ const std::vector<type_info>& all_types() {
 
 const std::vector<named_format>& all_named_formats() {
     static const std::vector<named_format> rows = {
+        {"UYVY", QVRUncompressed_OrderCbYCrY, QVRUncompressed_TypeU8, "4:2:2, 8 bits, Cb Y Cr Y"},
+        {"2vuy", QVRUncompressed_OrderCbYCrY, QVRUncompressed_TypeU8, "4:2:2, 8 bits, Cb Y Cr Y"},
+        {"YUY2", QVRUncompressed_OrderYCbYCr, QVRUncompressed_TypeU8, "4:2:2, 8 bits, Y Cb Y Cr"},
+        {"YUYV", QVRUncompressed_OrderYCbYCr, QVRUncompressed_TypeU8, "4:2:2, 8 bits, Y Cb Y Cr"},
+        {"yuvs", QVRUncompressed_OrderYCbYCr, QVRUncompressed_TypeU8, "4:2:2, 8 bits, Y Cb Y Cr"},
         {"v210", QVRUncompressed_OrderCbYCrY, QVRUncompressed_TypeU10Packed, "4:2:2, 10 bits, six pixels in 16 bytes"},
         {"v216", QVRUncompressed_OrderCbYCrY, QVRUncompressed_TypeU16, "4:2:2, 16 bits"},
+        {"Y210", QVRUncompressed_OrderYCbYCr, QVRUncompressed_TypeU10, "4:2:2, 10 bits in the top of 16, Y Cb Y Cr"},
+        {"Y212", QVRUncompressed_OrderYCbYCr, QVRUncompressed_TypeU12, "4:2:2, 12 bits in the top of 16, Y Cb Y Cr"},
+        {"Y216", QVRUncompressed_OrderYCbYCr, QVRUncompressed_TypeU16, "4:2:2, 16 bits, Y Cb Y Cr"},
+        {"UYAVYA", QVRUncompressed_OrderCbYACrYA, QVRUncompressed_TypeU8, "4:2:2 with alpha, 8 bits"},
+        {"YUV444", QVRUncompressed_OrderYCbCr444, QVRUncompressed_TypeU8, "4:4:4, 8 bits, Y Cb Cr"},
+        {"YUVA444", QVRUncompressed_OrderYCbCrA444, QVRUncompressed_TypeU8, "4:4:4 with alpha, 8 bits, Cb Y Cr A"},
+        {"I420", QVRUncompressed_OrderPlanar420, QVRUncompressed_TypeU8, "4:2:0, 8 bits, planes Y, Cb, Cr"},
+        {"IYUV", QVRUncompressed_OrderPlanar420, QVRUncompressed_TypeU8, "4:2:0, 8 bits, planes Y, Cb, Cr"},
+        {"A420", QVRUncompressed_OrderPlanar420Alpha, QVRUncompressed_TypeU8, "4:2:0, 8 bits, planes Y, Cb, Cr, A"},
+        {"GRAY8", QVRUncompressed_OrderAlpha, QVRUncompressed_TypeU8, "one plane, 8 bits"},
+        {"GRAY16", QVRUncompressed_OrderAlpha, QVRUncompressed_TypeU16, "one plane, 16 bits, little-endian"},
+        {"RGB", QVRUncompressed_OrderRGB, QVRUncompressed_TypeU8, "R G B, 8 bits"},
         {"RGB24", QVRUncompressed_OrderRGB, QVRUncompressed_TypeU8, "R G B, 8 bits"},
-        {"BGR24", QVRUncompressed_OrderBGR, QVRUncompressed_TypeU8, "B G R, 8 bits"},
         {"RGB48", QVRUncompressed_OrderRGB, QVRUncompressed_TypeU16, "R G B, 16 bits, little-endian"},
+        {"BGR", QVRUncompressed_OrderBGR, QVRUncompressed_TypeU8, "B G R, 8 bits"},
+        {"BGR24", QVRUncompressed_OrderBGR, QVRUncompressed_TypeU8, "B G R, 8 bits"},
+        {"BGR48", QVRUncompressed_OrderBGR, QVRUncompressed_TypeU16, "B G R, 16 bits, little-endian"},
+        {"RGBA", QVRUncompressed_OrderRGBA, QVRUncompressed_TypeU8, "R G B A, 8 bits"},
+        {"RGBA32", QVRUncompressed_OrderRGBA, QVRUncompressed_TypeU8, "R G B A, 8 bits"},
         {"RGBA64", QVRUncompressed_OrderRGBA, QVRUncompressed_TypeU16, "R G B A, 16 bits, little-endian"},
+        {"BGRA", QVRUncompressed_OrderBGRA, QVRUncompressed_TypeU8, "B G R A, 8 bits"},
+        {"BGRA32", QVRUncompressed_OrderBGRA, QVRUncompressed_TypeU8, "B G R A, 8 bits"},
+        {"BGRA64", QVRUncompressed_OrderBGRA, QVRUncompressed_TypeU16, "B G R A, 16 bits, little-endian"},
+        {"ARGB", QVRUncompressed_OrderARGB, QVRUncompressed_TypeU8, "A R G B, 8 bits"},
+        {"ARGB32", QVRUncompressed_OrderARGB, QVRUncompressed_TypeU8, "A R G B, 8 bits"},
+        {"ARGB64", QVRUncompressed_OrderARGB, QVRUncompressed_TypeU16, "A R G B, 16 bits, little-endian"},
+        {"ABGR", QVRUncompressed_OrderABGR, QVRUncompressed_TypeU8, "A B G R, 8 bits"},
+        {"ABGR32", QVRUncompressed_OrderABGR, QVRUncompressed_TypeU8, "A B G R, 8 bits"},
+        {"ABGR64", QVRUncompressed_OrderABGR, QVRUncompressed_TypeU16, "A B G R, 16 bits, little-endian"},
     };
     return rows;
 }
@@ -197,7 +227,15 @@ bool stores_alpha(std::uint32_t order, std::uint32_t type) {
     return row && row->alpha && (type == QVRUncompressed_TypeU8 || type == QVRUncompressed_TypeU16);
 }
 
-format_choice parse_format(const std::string& order, const std::string& type) {
+format_choice parse_format(const std::string& order, const std::string& type, const std::string& format) {
+    if (!format.empty()) {
+        const named_format* named = find_named(format);
+        if (!named) {
+            fail_usage("--format " + format + ": there is no such format",
+                       "'qvr formats' lists the names; other pairs are given as --order and --type");
+        }
+        return {named->order, named->type};
+    }
     format_choice choice;
     if (!order.empty()) {
         choice = parse_order(order);

@@ -57,9 +57,9 @@ struct format_choice {
     std::optional<std::uint32_t> type;
 };
 
-// Reads what was given with --order and --type; empty texts mean that the option was not given. A usage failure for
-// unknown names and for a type that contradicts the one in the order's name.
-format_choice parse_format(const std::string& order, const std::string& type);
+// Reads what was given with --order and --type, or with --format; empty texts mean that the option was not given. A
+// usage failure for unknown names and for a type that contradicts the one in the order's name.
+format_choice parse_format(const std::string& order, const std::string& type, const std::string& format = {});
 
 // A usage failure when the library does not take the pair.
 void require_supported(std::uint32_t order, std::uint32_t type);

@@ -67,6 +67,38 @@ void require_size(const frame_layout& layout, const QVRUncompressed_CompressedPa
     }
 }
 
+bool frame_rate::operator==(const frame_rate& other) const {
+    return std::uint64_t{frames} * other.seconds == std::uint64_t{other.frames} * seconds;
+}
+
+std::uint64_t frame_source::skip(std::uint64_t count) {
+    frame dropped;
+    std::uint64_t skipped = 0;
+    while (skipped < count && next(dropped)) {
+        ++skipped;
+    }
+    return skipped;
+}
+
+void say_what_is_not_stored(const frame_source& source, const frame_layout& layout,
+                            const QVRUncompressed_CompressedParams_t& how, loss_log& losses) {
+    const location where = {source.last_place().file, {}};
+    const order_info* order = find_order(layout.colorComponentOrder);
+    if (order && order->alpha && !stores_alpha(layout.colorComponentOrder, layout.componentType)) {
+        losses.lose(where,
+                    "alpha is left out: type " + type_text(layout.componentType) + " stores none, only U8 and U16 do");
+    }
+    if (how.alphaCompression != 0 && order && !order->alpha) {
+        warn(where.file, std::string("--alpha-rle changes nothing: order ") + order->name + " has no alpha");
+    }
+    const std::optional<frame_rate> rate = source.rate();
+    if (rate && !(*rate == frame_rate())) {
+        const std::string text = std::to_string(rate->frames) + ":" + std::to_string(rate->seconds);
+        losses.lose(where, "its frame rate of " + text + " is not kept, since a .qvr file has none",
+                    "to get it back, decode with --rate " + text);
+    }
+}
+
 std::string layout_text(const frame_layout& layout) {
     return std::to_string(layout.width) + "x" + std::to_string(layout.height) +
            (layout.frameLayout == QVRUncompressed_LayoutInterlaced ? " interlaced" : " progressive") + ", order " +

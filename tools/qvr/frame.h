@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 //
-// A raw frame, and the small interface behind which each kind of picture file is read and written.
+// A raw frame, and the small interface behind which each kind of file is read and written (containers.h).
 #pragma once
 
 #include <cstdint>
@@ -13,6 +13,7 @@
 #include "failure.h"
 #include "file_io.h"
 #include "formats.h"
+#include "losses.h"
 
 namespace qvr {
 
@@ -39,26 +40,51 @@ void require_size(const frame_layout& layout, const QVRUncompressed_CompressedPa
 // "1920x1080 interlaced, order 2 UYVY, type 1 U8"
 std::string layout_text(const frame_layout& layout);
 
+// Frames in so many seconds.
+struct frame_rate {
+    std::uint32_t frames = 25;
+    std::uint32_t seconds = 1;
+
+    bool operator==(const frame_rate& other) const;
+};
+
+// Each source and each sink is used from one thread at a time; different ones are independent.
 class frame_source {
   public:
     virtual ~frame_source() = default;
     // False when there is no further frame. The frame's memory is used again where it fits.
     virtual bool next(frame& to) = 0;
+    // Passes over as many frames, without reading their samples where the file can be sought in; returns how many there
+    // were to pass over. What is damaged is left to next().
+    virtual std::uint64_t skip(std::uint64_t count);
+    // Whether anything follows, be it a whole frame or not.
+    virtual bool more() = 0;
+    // How many frames next() would still give, where sizes and names of files tell.
+    virtual std::optional<std::uint64_t> frames_left() const { return std::nullopt; }
     // Where the frame that next() gave last was found.
     virtual location last_place() const = 0;
+    // Known from the beginning, if at all.
+    virtual std::optional<frame_rate> rate() const { return std::nullopt; }
 };
 
 class frame_sink {
   public:
     virtual ~frame_sink() = default;
-    // The layout in which the sink wants a frame that the stream describes as `own`. A failure when it cannot take it.
+    // The layout in which the sink wants a frame that has the layout `own`, or that a stream describes so: the same, or
+    // another one that the library can bring it into. A failure when the sink cannot take the frame; what will be lost
+    // of it is said.
     virtual frame_layout wanted(const frame_layout& own, const location& where) const = 0;
     virtual bool holds_one_frame() const = 0;
+    // Takes a frame in the layout that it wanted.
     virtual void put(const frame& from) = 0;
     virtual void commit() = 0;
 };
 
-// What the command line says about the caller's side of a frame.
+// Says what a .qvr file does not keep of the frames of a source, of which the first has the given layout.
+void say_what_is_not_stored(const frame_source& source, const frame_layout& layout,
+                            const QVRUncompressed_CompressedParams_t& how, loss_log& losses);
+
+// What the command line says about the caller's side of frames.
 struct layout_request {
     format_choice format;
     std::uint32_t width = 0;  // 0: not given
@@ -66,14 +92,15 @@ struct layout_request {
     std::uint32_t row_bytes = 0;
     std::uint32_t row_bytes2 = 0;
     bool interlaced = false;
-};
 
-// A size means raw frames; without one the file is a PNG. raw_example: options of raw frames, for a hint.
-std::unique_ptr<frame_source> open_source(const std::string& path, input_file& file, const layout_request& request,
-                                          const char* raw_example);
-std::unique_ptr<frame_source> open_raw_source(input_file& file, const layout_request& request);
-std::unique_ptr<frame_source> open_png_source(input_file& file, const layout_request& request);
-std::unique_ptr<frame_sink> open_raw_sink(const std::string& path, const layout_request& request);
-std::unique_ptr<frame_sink> open_png_sink(const std::string& path, const layout_request& request);
+    std::string container;               // a name of the table in containers.h; empty: found out
+    std::optional<std::uint32_t> start;  // of a numbered sequence
+    std::optional<frame_rate> rate;      // for files that keep one
+    std::shared_ptr<loss_log> losses = std::make_shared<loss_log>(false);
+
+    // For .qvr files among others.
+    unsigned threads = 0;
+    QVRUncompressed_CompressedParams_t how = {QVRUNCOMPRESSED_COMPRESSED_PARAMS_SIZE, 0, 0};
+};
 
 }  // namespace qvr

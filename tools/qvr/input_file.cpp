@@ -106,4 +106,34 @@ const std::vector<std::uint8_t>& input_file::peek(std::size_t count) {
     return head;
 }
 
+std::optional<std::uint64_t> input_file::bytes_left() const {
+    struct stat status = {};
+    const off_t at = lseek(descriptor, 0, SEEK_CUR);
+    if (at < 0 || fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+        return std::nullopt;
+    }
+    return head.size() + static_cast<std::uint64_t>(std::max(status.st_size, at) - at);
+}
+
+std::uint64_t input_file::skip(std::uint64_t count) {
+    std::uint64_t skipped = std::min<std::uint64_t>(count, head.size());
+    head.erase(head.begin(), head.begin() + static_cast<std::ptrdiff_t>(skipped));
+    if (const std::optional<std::uint64_t> left = bytes_left()) {
+        const std::uint64_t step = std::min(count - skipped, *left);
+        if (lseek(descriptor, static_cast<off_t>(step), SEEK_CUR) >= 0) {
+            return skipped + step;
+        }
+    }
+    std::vector<std::uint8_t> dropped(static_cast<std::size_t>(std::min<std::uint64_t>(count - skipped, k_growth)));
+    while (skipped < count) {
+        const std::size_t step = static_cast<std::size_t>(std::min<std::uint64_t>(count - skipped, dropped.size()));
+        const std::size_t got = read_from_system(dropped.data(), step);
+        skipped += got;
+        if (got < step) {
+            break;
+        }
+    }
+    return skipped;
+}
+
 }  // namespace qvr

@@ -17,8 +17,6 @@ namespace qvr {
 
 namespace {
 
-constexpr std::uint64_t k_most_bytes = 0xFFFFFFFFu;
-
 struct png_job {
     png_structp png = nullptr;
     png_infop info = nullptr;
@@ -87,7 +85,7 @@ void read_header(png_job& job) {
     job.shape.width = png_get_image_width(job.png, job.info);
     job.shape.height = png_get_image_height(job.png, job.info);
     job.shape.channels = png_get_channels(job.png, job.info);
-    job.shape.bytes_per_sample = png_get_bit_depth(job.png, job.info) / 8u;
+    job.shape.type = png_get_bit_depth(job.png, job.info) == 8 ? QVRUncompressed_TypeU8 : QVRUncompressed_TypeU16;
 }
 
 void read_rows(png_job& job) {
@@ -99,9 +97,9 @@ void write_all(png_job& job) {
     constexpr int k_color_types[] = {PNG_COLOR_TYPE_GRAY, PNG_COLOR_TYPE_GRAY_ALPHA, PNG_COLOR_TYPE_RGB,
                                      PNG_COLOR_TYPE_RGB_ALPHA};
     png_set_write_fn(job.png, &job, on_write, on_flush);
-    png_set_IHDR(job.png, job.info, job.shape.width, job.shape.height, static_cast<int>(job.shape.bytes_per_sample * 8),
-                 k_color_types[job.shape.channels - 1], PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
-                 PNG_FILTER_TYPE_DEFAULT);
+    png_set_IHDR(job.png, job.info, job.shape.width, job.shape.height,
+                 static_cast<int>(job.shape.bytes_per_sample() * 8), k_color_types[job.shape.channels - 1],
+                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     png_write_info(job.png, job.info);
     png_set_swap(job.png);
     png_write_image(job.png, job.rows.data());
@@ -150,31 +148,42 @@ class png_handle {
 void point_rows(png_job& job, std::uint8_t* samples) {
     job.rows.resize(job.shape.height);
     for (std::size_t row = 0; row < job.rows.size(); ++row) {
-        job.rows[row] = samples + row * job.shape.row_bytes();
+        job.rows[row] = samples + row * static_cast<std::size_t>(job.shape.row_bytes());
     }
 }
 
 }  // namespace
+
+const picture_format k_png_format = {
+    "a",
+    "PNG",
+    ".png",
+    {QVRUncompressed_TypeU8, QVRUncompressed_TypeU16},
+    "8 or 16 bits",
+    {1, 3, 4},
+    "RGB, RGBA or a lone alpha plane",
+    QVRUncompressed_OrderRGB,
+    false,
+    read_png,
+    write_png,
+};
 
 bool begins_like_png(input_file& file) {
     const std::vector<std::uint8_t>& head = file.peek(8);
     return head.size() >= 8 && png_sig_cmp(head.data(), 0, 8) == 0;
 }
 
-picture read_png(input_file& file) {
+void read_png(input_file& file, picture& to) {
     png_job job;
     job.input = &file;
     job.name = file.name().c_str();
     png_handle handle(job, true);
     handle.step(read_header, exit_code::data, "cannot read the PNG: ");
-    const std::uint64_t row_bytes = job.shape.row_bytes();
-    if (row_bytes > k_most_bytes / job.shape.height) {
-        throw failure(exit_code::data, {file.name(), {}}, "the PNG is too large: its samples pass 4 GiB");
-    }
-    job.shape.samples.resize(static_cast<std::size_t>(row_bytes * job.shape.height));
+    job.shape.samples.swap(to.samples);
+    job.shape.samples.resize(require_picture_size(job.shape, file.name(), "PNG"));
     point_rows(job, job.shape.samples.data());
     handle.step(read_rows, exit_code::data, "cannot read the PNG: ");
-    return std::move(job.shape);
+    to = std::move(job.shape);
 }
 
 void write_png(output_file& file, const picture& shape, const std::uint8_t* samples) {
@@ -184,7 +193,7 @@ void write_png(output_file& file, const picture& shape, const std::uint8_t* samp
     job.shape.width = shape.width;
     job.shape.height = shape.height;
     job.shape.channels = shape.channels;
-    job.shape.bytes_per_sample = shape.bytes_per_sample;
+    job.shape.type = shape.type;
     // libpng takes rows to write as pointers to non-const and leaves them as they are.
     point_rows(job, const_cast<std::uint8_t*>(samples));
     png_handle handle(job, false);

@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "containers.h"
+
+#include <strings.h>
+
+#include <utility>
+
+#include "command.h"
+#include "container_files.h"
+#include "png_file.h"
+#include "sequence.h"
+
+namespace qvr {
+
+namespace {
+
+template <const picture_format& format>
+std::unique_ptr<frame_source> picture_in(std::unique_ptr<input_file> file, const layout_request& request) {
+    return open_picture_source(format, std::move(file), request);
+}
+
+template <const picture_format& format>
+std::unique_ptr<frame_sink> picture_out(const std::string& path, const layout_request& request) {
+    return open_picture_sink(format, path, request);
+}
+
+const container& raw_container() {
+    return all_containers().front();
+}
+
+const container& named_container(const std::string& name, const char* option) {
+    for (const container& row : all_containers()) {
+        if (strcasecmp(name.c_str(), row.name) == 0) {
+            return row;
+        }
+    }
+    std::string names;
+    for (const container& row : all_containers()) {
+        names += (names.empty() ? "" : ", ") + std::string(row.name);
+    }
+    fail_usage(std::string(option) + " " + name + ": there is no such kind of file", "it is one of " + names);
+}
+
+const container* container_by_content(input_file& file) {
+    for (const container& row : all_containers()) {
+        if (row.begins && row.begins(file)) {
+            return &row;
+        }
+    }
+    return nullptr;
+}
+
+const container& choose_source(const std::string& path, input_file& file, const layout_request& request,
+                               const char* raw_example) {
+    const container* by_name =
+        request.container.empty() ? container_by_extension(path) : &named_container(request.container, "--from");
+    if (request.width != 0) {
+        if (by_name && by_name != &raw_container()) {
+            throw failure(exit_code::usage, {file.name(), {}},
+                          std::string("--size is for raw frames, but this is ") + by_name->called +
+                              (request.container.empty() ? " by its name" : " by --from"),
+                          "leave --size out, or rename the file if it does hold raw frames");
+        }
+        return raw_container();
+    }
+    if (!request.container.empty()) {
+        return *by_name;
+    }
+    if (const container* by_content = container_by_content(file)) {
+        return *by_content;
+    }
+    if (by_name && by_name->begins) {
+        throw failure(exit_code::data, {file.name(), {}},
+                      std::string("this is not ") + by_name->called + ": its first bytes are others",
+                      "the file is damaged or has the wrong name");
+    }
+    throw failure(exit_code::usage, {file.name(), {}},
+                  "this is no picture or clip that can be told by its first bytes, and raw frames need --size",
+                  std::string("for example ") + raw_example + "; 'qvr formats' lists the kinds of files");
+}
+
+void refuse_strides(const container& kind, const layout_request& request, const std::string& name, const char* use) {
+    if (&kind != &raw_container() && (request.row_bytes != 0 || request.row_bytes2 != 0)) {
+        throw failure(exit_code::usage, {name, {}}, std::string("--row-bytes and --row-bytes2 are for raw ") + use,
+                      std::string("leave them out: ") + kind.called + " has no gap between its rows");
+    }
+}
+
+std::unique_ptr<frame_source> open_one_source(const std::string& path, const layout_request& request,
+                                              const char* raw_example) {
+    auto file = std::make_unique<input_file>(path);
+    const container& kind = choose_source(path, *file, request, raw_example);
+    refuse_strides(kind, request, file->name(), "frames");
+    return kind.open_source(std::move(file), request);
+}
+
+const container& choose_sink(const std::string& path, const layout_request& request) {
+    const container* by_name = container_by_extension(path);
+    const container& kind = !request.container.empty() ? named_container(request.container, "--to")
+                            : by_name                  ? *by_name
+                                                       : raw_container();
+    refuse_strides(kind, request, path, "output");
+    return kind;
+}
+
+}  // namespace
+
+const std::vector<container>& all_containers() {
+    static const std::vector<container> rows = {
+        {"raw",
+         "a file of raw frames",
+         {},
+         false,
+         "every order and type, one frame after the other",
+         nullptr,
+         open_raw_source,
+         open_raw_sink},
+        {"png",
+         "a PNG",
+         {".png"},
+         true,
+         "RGB, RGBA and lone planes of 8 and 16 bits",
+         begins_like_png,
+         picture_in<k_png_format>,
+         picture_out<k_png_format>},
+    };
+    return rows;
+}
+
+const container* container_by_extension(const std::string& path) {
+    for (const container& row : all_containers()) {
+        for (const char* extension : row.extensions) {
+            if (ends_in(path, extension)) {
+                return &row;
+            }
+        }
+    }
+    return nullptr;
+}
+
+std::unique_ptr<frame_source> open_source(const std::string& path, const layout_request& request,
+                                          const char* raw_example) {
+    const std::optional<sequence_pattern> files = sequence_pattern::parse(path);
+    if (!files) {
+        return open_one_source(path, request, raw_example);
+    }
+    const std::vector<std::uint64_t> numbers = files->numbers();
+    const container* by_name = container_by_extension(path);
+    return open_sequence_source(
+        *files, request.start, by_name && by_name->one_frame && request.container.empty(),
+        [request, raw_example](const std::string& one) { return open_one_source(one, request, raw_example); });
+}
+
+std::unique_ptr<frame_sink> open_sink(const std::string& path, const layout_request& request) {
+    const container& kind = choose_sink(path, request);
+    const std::optional<sequence_pattern> files = sequence_pattern::parse(path);
+    if (!files) {
+        return kind.open_sink(path, request);
+    }
+    return open_sequence_sink(*files, request.start.value_or(0),
+                              [&kind, request](const std::string& one) { return kind.open_sink(one, request); });
+}
+
+}  // namespace qvr
