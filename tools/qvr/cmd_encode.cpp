@@ -2,9 +2,8 @@
 #include <cstdio>
 #include <memory>
 
-#include "codec.h"
 #include "command.h"
-#include "containers.h"
+#include "frame_work.h"
 
 namespace qvr {
 
@@ -36,42 +35,31 @@ struct encode_options {
     std::uint32_t slices = 0;
     layout_options layout;
     run_options run;
+    work_options work;
+    std::string manifest;
 };
 
-std::string summary(const std::string& name, unsigned long long frames, const frame_layout& layout,
-                    std::uint64_t raw_bytes, std::uint64_t bytes) {
+std::string sizes_text(std::uint64_t raw_bytes, std::uint64_t bytes) {
     char sizes[120];
-    std::snprintf(sizes, sizeof sizes, "%llu bytes raw -> %llu bytes (%.1f %%)",
+    std::snprintf(sizes, sizeof sizes, ", %llu bytes raw -> %llu bytes (%.1f %%)",
                   static_cast<unsigned long long>(raw_bytes), static_cast<unsigned long long>(bytes),
                   100.0 * static_cast<double>(bytes) / static_cast<double>(raw_bytes));
-    return name + ": " + std::to_string(frames) + (frames == 1 ? " frame, " : " frames, ") + layout_text(layout) +
-           ", " + sizes;
+    return sizes;
 }
 
 void run_encode(const encode_options& options) {
     const layout_request request = options.layout.resolve();
-    const std::unique_ptr<frame_source> source =
-        open_source(options.input, request, "--size 1920x1080 --order UYVY --type U8");
-    encoder codec(options.run.threads);
     const compression how = make_compression(options.alpha_rle, options.slices);
-    output_file output(options.output);
-    frame current;
-    unsigned long long frames = 0;
-    while (source->next(current)) {
-        if (frames == 0) {
-            say_what_is_not_stored(*source, current.layout, how, *request.losses);
-        }
-        const bytes_view coded = codec.encode(current, how, source->last_place());
-        output.write(coded.data, coded.size);
-        ++frames;
-    }
-    output.commit();
-    if (!options.run.quiet) {
-        say(summary(output.name(), frames, current.layout, codec.time().raw_bytes, output.bytes_written()));
-    }
-    if (options.run.time) {
-        say(output.name() + ": encode: " + time_text(codec.time(), frames));
-    }
+    const auto open_input = [&] {
+        return open_picture_input(options.input, request, "--size 1920x1080 --order UYVY --type U8",
+                                  [how, request](const frame_source& source, const frame_layout& first) {
+                                      say_what_is_not_stored(source, first, how, *request.losses);
+                                  });
+    };
+    const work_ends ends = {"encode", input_text(options.input), open_input,
+                            open_stream_output(options.output, how, options.work.becomes(), options.manifest)};
+    const work_report report = do_work(ends, options.work, options.run);
+    say_report(ends, report, options.run, sizes_text(report.raw_bytes, ends.output->bytes_written().value_or(0)));
 }
 
 }  // namespace
@@ -95,6 +83,9 @@ void add_encode(command_line& to) {
     options->layout.add_start(list);
     options->layout.add_strict(list);
     options->run.add(list);
+    options->work.add(list);
+    list.text("--manifest", options->manifest, "FILE",
+              "Write a list of the frames with their sizes and checksums, one line of JSON each");
 }
 
 }  // namespace qvr

@@ -166,8 +166,8 @@ std::size_t encoder::encode_into(std::vector<std::uint8_t>& to, const frame& fro
     std::uint32_t written = 0;
     const steady::time_point start = steady::now();
     const std::uint32_t status =
-        QVRUncompressed_EncodeFrame(codec.get(), &from.layout, &how, from.samples.data(), narrow(from.bytes),
-                                    to.data(), narrow(to.size()), &written);
+        QVRUncompressed_EncodeFrame(codec.get(), &from.layout, &how, from.samples.data(), narrow(from.bytes), to.data(),
+                                    narrow(to.size()), &written);
     spent.seconds += seconds_since(start);
     if (status != QVRUncompressed_StatusOk) {
         log.fail(status, "cannot encode", where);

@@ -23,7 +23,7 @@ struct work_plan {
     unsigned threads = 1;
 };
 
-// In which layout a frame, described as the first, is wanted.
+// In which layout a frame is wanted that has the given one, or is described so.
 using layout_choice = std::function<frame_layout(const frame_layout&, const location&)>;
 
 class frame_input {
@@ -42,45 +42,44 @@ class frame_input {
     virtual codec_time time() const { return {}; }
 };
 
-// What an earlier run has left of an output.
-struct kept_frames {
-    unsigned long long count = 0;
-    bool complete = false;
-};
-
 class frame_output {
   public:
     virtual ~frame_output() = default;
     virtual const std::string& name() const = 0;
     virtual bool holds_one_frame() const { return false; }
-    virtual frame_layout wanted(const frame_layout& own, const location&) { return own; }
-    virtual void prepare(const work_plan& plan) = 0;
+    // Makes what wanted() and pack() need for each of the workers. first: the number of the first frame.
+    virtual void prepare(const work_plan& plan, unsigned long long first) = 0;
 
     // Finds what is kept and makes ready to go on: the next frame to be written is then the last one that is kept, to be
     // compared with it. first_layout: in which layout the first frame will be written, for outputs that need to know.
     virtual kept_frames go_on(const std::function<frame_layout()>& first_layout) = 0;
+    // Whether go_on() knows by the number of frames where to go on.
+    virtual bool counts_what_is_kept() const { return true; }
     // Whether frame `number` is there already and need not be made.
     virtual bool has(unsigned long long) const { return false; }
 
-    // Steps of the pipeline: what can be made by several workers at once, and what must be done in order.
+    // Steps of the pipeline: in which layout a frame is wanted that has the layout `own`, what can be made of it by
+    // several workers at once, and what must be done in order.
+    virtual frame_layout wanted(unsigned, const frame_job&, const frame_layout& own) { return own; }
     virtual void pack(unsigned worker, frame_job& in) = 0;
     virtual void write(frame_job& in) = 0;
-    virtual void commit() = 0;
+    // end: the number behind the last frame that was to be written.
+    virtual void commit(unsigned long long end) = 0;
 
     virtual codec_time time() const { return {}; }
     // How large the whole output is, where that is of interest.
     virtual std::optional<std::uint64_t> bytes_written() const { return std::nullopt; }
 };
 
-// stream_ends.cpp: .qvr files. `becomes` kept: an earlier run is gone on with. manifest: its path, or empty; first: the
-// number of the first frame, for the manifest.
+// stream_ends.cpp: .qvr files. manifest: the path of one, or empty.
 std::unique_ptr<frame_input> open_stream_input(const std::string& path);
 std::unique_ptr<frame_output> open_stream_output(const std::string& path, const compression& how, incomplete becomes,
                                                  const std::string& manifest);
 
-// picture_ends.cpp: all that containers.h knows.
+// picture_ends.cpp: all that containers.h knows. at_first: called with the source when it has given its first frame.
+using first_frame_check = std::function<void(const frame_source&, const frame_layout&)>;
 std::unique_ptr<frame_input> open_picture_input(const std::string& path, const layout_request& request,
-                                                const char* raw_example);
+                                                const char* raw_example, first_frame_check at_first);
 std::unique_ptr<frame_output> open_picture_output(const std::string& path, const layout_request& request);
 
 }  // namespace qvr

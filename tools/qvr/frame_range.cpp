@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "frame_range.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <string_view>
@@ -12,6 +13,8 @@ namespace qvr {
 namespace {
 
 using number = unsigned long long;
+
+constexpr number k_most_chunks = 1000000;
 
 std::optional<number> parse_number(std::string_view text) {
     number value = 0;
@@ -62,7 +65,8 @@ chunk_choice chunk_of_array() {
     const number least = array_variable("SLURM_ARRAY_TASK_MIN");
     const number most = array_variable("SLURM_ARRAY_TASK_MAX");
     const number step = std::getenv("SLURM_ARRAY_TASK_STEP") ? array_variable("SLURM_ARRAY_TASK_STEP") : 1;
-    const bool ordered = step > 0 && least <= id && id <= most && (id - least) % step == 0 && (most - least) % step == 0;
+    const bool ordered =
+        step > 0 && least <= id && id <= most && (id - least) % step == 0 && (most - least) % step == 0;
     const number count = ordered ? (most - least) / step + 1 : 0;
     if (!ordered || (std::getenv("SLURM_ARRAY_TASK_COUNT") && array_variable("SLURM_ARRAY_TASK_COUNT") != count)) {
         fail_usage("--chunk auto: the job array has gaps, so that it does not say which frames are this job's",
@@ -79,21 +83,28 @@ chunk_choice parse_chunk(const std::string& text) {
     const std::optional<number> index = parse_number(std::string_view(text).substr(0, slash));
     const std::optional<number> count =
         slash == std::string::npos ? std::nullopt : parse_number(std::string_view(text).substr(slash + 1));
-    if (!index || !count || *index < 1 || *index > *count) {
+    if (!index || !count || *index < 1 || *index > *count || *count > k_most_chunks) {
         fail_usage("--chunk " + text + ": this is no chunk", "the first of eight is --chunk 1/8, the last --chunk 8/8");
     }
     return {*index, *count};
 }
 
-// frames * part / count, rounded down, where the product may pass 64 bits.
+// frames * part / count, rounded down, although the product may pass 64 bits.
 number share(number frames, number part, number count) {
     return frames / count * part + frames % count * part / count;
 }
 
 }  // namespace
 
-std::optional<unsigned long long> frame_range::count() const {
-    return end ? std::optional<unsigned long long>(*end - first) : std::nullopt;
+void refuse_frame(const std::string& input_name, unsigned long long number, unsigned long long total) {
+    throw failure(exit_code::usage, {input_name, {}},
+                  "there is no frame " + std::to_string(number) + ": the file holds " + std::to_string(total) +
+                      ", counted from 0");
+}
+
+std::optional<unsigned long long> frame_range::count(const std::optional<unsigned long long>& total) const {
+    const std::optional<unsigned long long>& behind = end ? end : total;
+    return behind ? std::optional<unsigned long long>(*behind - std::min(*behind, first)) : std::nullopt;
 }
 
 void range_options::add(argument_list& to) {
@@ -107,22 +118,18 @@ frame_range range_options::resolve(const std::optional<unsigned long long>& tota
                                    const std::string& input_name) const {
     frame_range wanted = range.empty() ? frame_range{} : parse_range(range);
     if (total && !range.empty() && (wanted.first >= *total || wanted.end.value_or(0) > *total)) {
-        throw failure(exit_code::usage, {input_name, {}},
-                      "--range " + range + " passes its end: it has " + std::to_string(*total) +
-                          (*total == 1 ? " frame" : " frames") + ", counted from 0");
-    }
-    if (!wanted.end) {
-        wanted.end = total;
+        refuse_frame(input_name, std::max(wanted.first, *total), *total);
     }
     if (chunk.empty()) {
         return wanted;
     }
     const chunk_choice chosen = parse_chunk(chunk);
-    if (!wanted.end) {
+    const std::optional<number> end = wanted.end ? wanted.end : total;
+    if (!end) {
         throw failure(exit_code::usage, {input_name, {}}, "--chunk needs to know how many frames there are",
-                      "give a file instead of a pipe, or --range A-B as well");
+                      "they cannot be counted in a pipe or in a damaged file: give --range A-B as well");
     }
-    const number frames = *wanted.end - wanted.first;
+    const number frames = *end - wanted.first;
     return {wanted.first + share(frames, chosen.index - 1, chosen.count),
             wanted.first + share(frames, chosen.index, chosen.count)};
 }

@@ -15,8 +15,12 @@ struct frame_range {
     unsigned long long first = 0;
     std::optional<unsigned long long> end;
 
-    std::optional<unsigned long long> count() const;
+    // How many they are, where the end or the number of all frames is known.
+    std::optional<unsigned long long> count(const std::optional<unsigned long long>& total) const;
 };
+
+// "there is no frame 7: the file holds 3, counted from 0"
+[[noreturn]] void refuse_frame(const std::string& input_name, unsigned long long number, unsigned long long total);
 
 struct range_options {
     std::string range;

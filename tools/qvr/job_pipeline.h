@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
+#include <string>
 #include <vector>
 
 #include "codec.h"
@@ -21,6 +22,7 @@ struct frame_job {
     frame picture;
     std::vector<std::uint8_t> coded;  // may be longer than the frame's bitstream; coded_bytes counts
     std::size_t coded_bytes = 0;
+    std::string checksum;  // of the bitstream, where one is wanted
     std::exception_ptr problem;
 
     bytes_view bitstream() const { return {coded.data(), coded_bytes}; }

@@ -54,8 +54,8 @@ void manifest_writer::add(unsigned long long number, std::uint64_t size, const s
     ++frames;
 }
 
-void manifest_writer::commit() {
-    const json last = {{"frames", frames}, {"bytes", offset}};
+void manifest_writer::commit(unsigned long long end) {
+    const json last = {{"frames", frames}, {"bytes", offset}, {"end", end}};
     write_line(last.dump());
     file.commit();
 }
@@ -66,7 +66,8 @@ manifest_reader::manifest_reader(const std::string& path) : file(path) {
     if (!read.is_object() || read.value("schema", json()) != k_schema) {
         fail("this is not a manifest of schema qvr-manifest/1");
     }
-    if (!read.contains("first") || !read["first"].is_number_unsigned() || read.value("checksum", json()) != k_checksum) {
+    if (!read.contains("first") || !read["first"].is_number_unsigned() ||
+        read.value("checksum", json()) != k_checksum) {
         fail("the header has no number of the first frame, or another checksum than xxh3_128");
     }
     first_frame = read["first"];
@@ -118,6 +119,7 @@ std::optional<manifest_frame> manifest_reader::next() {
         if (number("frames") != frames || number("bytes") != offset) {
             fail("the numbers of frames and bytes are not those of the lines before");
         }
+        end_frame = number("end");
         return std::nullopt;
     }
     manifest_frame found{number("frame"), number("offset"), number("size"), {}};

@@ -30,7 +30,8 @@ class manifest_writer {
     manifest_writer(const std::string& path, const std::string& described, unsigned long long first);
 
     void add(unsigned long long number, std::uint64_t size, const std::string& checksum);
-    void commit();
+    // end: the number behind the last frame that the file was to hold.
+    void commit(unsigned long long end);
 
   private:
     void write_line(const std::string& line);
@@ -50,6 +51,8 @@ class manifest_reader {
     unsigned long long first() const { return first_frame; }
     // None behind the last frame, when the line at the end has said that there are no more.
     std::optional<manifest_frame> next();
+    // Known when next() has given none: the number behind the last frame that the file was to hold.
+    unsigned long long end() const { return end_frame; }
 
   private:
     std::optional<std::string> read_line();
@@ -61,6 +64,7 @@ class manifest_reader {
     std::size_t held = 0;
     unsigned long long line_number = 0;
     unsigned long long first_frame = 0;
+    unsigned long long end_frame = 0;
     unsigned long long frames = 0;
     std::uint64_t offset = 0;
 };

@@ -140,7 +140,8 @@ std::size_t output_file::compare_kept(const std::uint8_t* with, std::size_t coun
         written += step;
     }
     if (compared < count && kept_is_complete()) {
-        throw failure(exit_code::usage, {shown_name, {}}, "it is complete already, and with fewer frames than there are",
+        throw failure(exit_code::usage, {shown_name, {}},
+                      "it is complete already, and with fewer frames than there are",
                       "remove it to make it again, or leave --resume out");
     }
     return compared;
@@ -161,8 +162,9 @@ output_file::~output_file() {
 
 void output_file::fail(const std::string& what) const {
     const int reason = errno;
-    const char* hint = becomes_kept ? "make room and give the same command again: it goes on behind the last whole frame"
-                                    : "make room or write to another disk; nothing incomplete was left behind";
+    const char* hint = becomes_kept
+                           ? "make room and give the same command again: it goes on behind the last whole frame"
+                           : "make room or write to another disk; nothing incomplete was left behind";
     throw failure(exit_code::io, {shown_name, {}}, what + ": " + std::strerror(reason), reason == ENOSPC ? hint : "");
 }
 

@@ -88,7 +88,7 @@ const named_format* format_by_extension(const std::string& path) {
 
 class raw_sink : public frame_sink {
   public:
-    raw_sink(const std::string& path, const layout_request& asked) : request(asked), file(path) {
+    raw_sink(const std::string& path, const layout_request& asked) : request(asked), file(path, asked.becomes) {
         if (!request.format.order && !request.format.type) {
             by_name = format_by_extension(path);
         }
@@ -112,6 +112,13 @@ class raw_sink : public frame_sink {
     bool holds_one_frame() const override { return false; }
     void put(const frame& from) override { file.write(from.samples.data(), from.bytes); }
     void commit() override { file.commit(); }
+
+    kept_frames go_on(const frame_layout& of) override {
+        const std::uint64_t frame_bytes = std::max<std::uint64_t>(raw_frame_bytes(of), 1);
+        const std::uint64_t count = file.kept_bytes() / frame_bytes;
+        file.go_on(count == 0 ? 0 : (count - 1) * frame_bytes, count * frame_bytes);
+        return {count, file.kept_is_complete()};
+    }
 
   private:
     // The two types of 10-bit samples become each other without loss; all others stay what they are.
