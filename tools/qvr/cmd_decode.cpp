@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "command.h"
+#include "containers.h"
 #include "frame_work.h"
 
 namespace qvr {
@@ -35,13 +36,18 @@ struct decode_options {
 
 void run_decode(const decode_options& options) {
     layout_request request = options.layout.resolve();
+    if (container_of_output(options.output, request).name == std::string("qvr")) {
+        fail_usage(options.output + ": decoding does not make a .qvr file",
+                   "'qvr convert' makes one of another; a name with another ending gets pictures or raw frames");
+    }
     request.becomes = options.work.becomes();
     work_options work = options.work;
     if (options.only_frame) {
         work.range.range = std::to_string(*options.only_frame);
     }
-    const work_ends ends = {"decode", input_text(options.input), [&] { return open_stream_input(options.input); },
-                            open_picture_output(options.output, request)};
+    const auto open_input = [&] { return open_stream_input(options.input, nullptr); };
+    const work_ends ends = {"decode", input_text(options.input), open_input(),
+                            open_picture_output(options.output, request), open_input};
     const work_report report = do_work(ends, work, options.run);
     say_report(ends, report, options.run, ", " + std::to_string(report.raw_bytes) + " bytes of samples");
 }

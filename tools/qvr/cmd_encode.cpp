@@ -39,6 +39,17 @@ struct encode_options {
     std::string manifest;
 };
 
+void say_losses(const encode_options& options, const frame_source& source, const frame_layout& layout,
+                loss_log& losses) {
+    const location where = {source.last_place().file, {}};
+    const order_info& order = *find_order(layout.colorComponentOrder);
+    lose_unstored_alpha(layout, where, losses);
+    lose_rate(source.rate(), where, losses);
+    if (options.alpha_rle && !order.alpha) {
+        warn(where.file, std::string("--alpha-rle changes nothing: order ") + order.name + " has no alpha");
+    }
+}
+
 std::string sizes_text(std::uint64_t raw_bytes, std::uint64_t bytes) {
     char sizes[120];
     std::snprintf(sizes, sizeof sizes, ", %llu bytes raw -> %llu bytes (%.1f %%)",
@@ -52,12 +63,13 @@ void run_encode(const encode_options& options) {
     const compression how = make_compression(options.alpha_rle, options.slices);
     const auto open_input = [&] {
         return open_picture_input(options.input, request, "--size 1920x1080 --order UYVY --type U8",
-                                  [how, request](const frame_source& source, const frame_layout& first) {
-                                      say_what_is_not_stored(source, first, how, *request.losses);
+                                  [&](const frame_source& source, const frame_layout& first) {
+                                      say_losses(options, source, first, *request.losses);
                                   });
     };
-    const work_ends ends = {"encode", input_text(options.input), open_input,
-                            open_stream_output(options.output, how, options.work.becomes(), options.manifest)};
+    const work_ends ends = {"encode", input_text(options.input), open_input(),
+                            open_stream_output(options.output, how, options.work.becomes(), options.manifest, nullptr),
+                            open_input};
     const work_report report = do_work(ends, options.work, options.run);
     say_report(ends, report, options.run, sizes_text(report.raw_bytes, ends.output->bytes_written().value_or(0)));
 }
@@ -84,8 +96,7 @@ void add_encode(command_line& to) {
     options->layout.add_strict(list);
     options->run.add(list);
     options->work.add(list);
-    list.text("--manifest", options->manifest, "FILE",
-              "Write a list of the frames with their sizes and checksums, one line of JSON each");
+    options->work.add_manifest(list, options->manifest);
 }
 
 }  // namespace qvr

@@ -109,10 +109,12 @@ layout_request layout_options::resolve() const {
     return request;
 }
 
-void run_options::add(argument_list& to) {
+void run_options::add(argument_list& to, bool timed) {
     constexpr std::uint32_t k_most_threads = 1024;
     to.number("--threads", threads, "Threads of the codec; 0 or not given: one for each processor", k_most_threads);
-    to.flag("--time", time, "Print how fast the codec calls were, files and PNG not counted");
+    if (timed) {
+        to.flag("--time", time, "Print how fast the codec calls were, files and PNG not counted");
+    }
     to.flag("-q,--quiet", quiet, "Print nothing when all goes well");
 }
 

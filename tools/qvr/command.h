@@ -50,7 +50,7 @@ struct run_options {
     bool time = false;
     bool quiet = false;
 
-    void add(argument_list& to);
+    void add(argument_list& to, bool timed = true);
 };
 
 bool ends_in(const std::string& path, const char* extension);

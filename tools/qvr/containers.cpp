@@ -7,7 +7,9 @@
 
 #include "command.h"
 #include "container_files.h"
+#include "exr_file.h"
 #include "png_file.h"
+#include "pnm_file.h"
 #include "sequence.h"
 
 namespace qvr {
@@ -50,8 +52,10 @@ const container* container_by_content(input_file& file) {
     return nullptr;
 }
 
-const container& choose_source(const std::string& path, input_file& file, const layout_request& request,
-                               const char* raw_example) {
+}  // namespace
+
+const container& container_of_input(const std::string& path, input_file& file, const layout_request& request,
+                                    const char* raw_example) {
     const container* by_name =
         request.container.empty() ? container_by_extension(path) : &named_container(request.container, "--from");
     if (request.width != 0) {
@@ -79,6 +83,8 @@ const container& choose_source(const std::string& path, input_file& file, const 
                   std::string("for example ") + raw_example + "; 'qvr formats' lists the kinds of files");
 }
 
+namespace {
+
 void refuse_strides(const container& kind, const layout_request& request, const std::string& name, const char* use) {
     if (&kind != &raw_container() && (request.row_bytes != 0 || request.row_bytes2 != 0)) {
         throw failure(exit_code::usage, {name, {}}, std::string("--row-bytes and --row-bytes2 are for raw ") + use,
@@ -89,50 +95,48 @@ void refuse_strides(const container& kind, const layout_request& request, const 
 std::unique_ptr<frame_source> open_one_source(const std::string& path, const layout_request& request,
                                               const char* raw_example) {
     auto file = std::make_unique<input_file>(path);
-    const container& kind = choose_source(path, *file, request, raw_example);
+    const container& kind = container_of_input(path, *file, request, raw_example);
     refuse_strides(kind, request, file->name(), "frames");
     return kind.open_source(std::move(file), request);
-}
-
-const container& choose_sink(const std::string& path, const layout_request& request) {
-    const container* by_name = container_by_extension(path);
-    const container& kind = !request.container.empty() ? named_container(request.container, "--to")
-                            : by_name                  ? *by_name
-                                                       : raw_container();
-    refuse_strides(kind, request, path, "output");
-    return kind;
 }
 
 }  // namespace
 
 const std::vector<container>& all_containers() {
     static const std::vector<container> rows = {
-        {"raw",
-         "a file of raw frames",
-         {},
-         false,
-         "every order and type, one frame after the other",
-         nullptr,
-         open_raw_source,
-         open_raw_sink},
-        {"png",
-         "a PNG",
-         {".png"},
-         true,
-         "RGB, RGBA and lone planes of 8 and 16 bits",
-         begins_like_png,
-         picture_in<k_png_format>,
-         picture_out<k_png_format>},
+        {"raw", "a file of raw frames", "", false, false, "every order and type, one frame after the other", nullptr,
+         open_raw_source, open_raw_sink},
+        {"qvr", "a .qvr file", ".qvr", false, false, "every order and type, but alpha only of U8 and U16",
+         begins_like_qvr, open_qvr_source, open_qvr_sink},
+        {"y4m", "a Y4M file", ".y4m", false, true, "YCbCr and grey of 8, 10, 12 and 16 bits, frame rate, interlacing",
+         begins_like_y4m, open_y4m_source, open_y4m_sink},
+        {"png", "a PNG", ".png", true, false, "RGB, RGBA and grey of 8 and 16 bits", begins_like_png,
+         picture_in<k_png_format>, picture_out<k_png_format>},
+        {"pam", "a PAM", ".pam", false, false, "RGB, RGBA and grey of 8, 10, 12 and 16 bits", begins_like_pam,
+         picture_in<k_pam_format>, picture_out<k_pam_format>},
+        {"ppm", "a PPM", ".ppm", false, false, "RGB of 8, 10, 12 and 16 bits", begins_like_ppm,
+         picture_in<k_ppm_format>, picture_out<k_ppm_format>},
+        {"pgm", "a PGM", ".pgm", false, false, "grey of 8 and 16 bits", begins_like_pgm, picture_in<k_pgm_format>,
+         picture_out<k_pgm_format>},
+        {"pnm", "a PNM", ".pnm", false, false, "what PPM and PGM keep", begins_like_pnm, picture_in<k_pnm_format>,
+         picture_out<k_pnm_format>},
+        {"exr", "an OpenEXR picture", ".exr", true, false, "RGB and RGBA of half and single float", begins_like_exr,
+         picture_in<k_exr_format>, picture_out<k_exr_format>},
     };
     return rows;
 }
 
+const container& container_of_output(const std::string& path, const layout_request& request) {
+    const container* by_name = container_by_extension(path);
+    return !request.container.empty() ? named_container(request.container, "--to")
+           : by_name                  ? *by_name
+                                      : raw_container();
+}
+
 const container* container_by_extension(const std::string& path) {
     for (const container& row : all_containers()) {
-        for (const char* extension : row.extensions) {
-            if (ends_in(path, extension)) {
-                return &row;
-            }
+        if (*row.extension != '\0' && ends_in(path, row.extension)) {
+            return &row;
         }
     }
     return nullptr;
@@ -152,7 +156,8 @@ std::unique_ptr<frame_source> open_source(const std::string& path, const layout_
 }
 
 std::unique_ptr<frame_sink> open_sink(const std::string& path, const layout_request& request) {
-    const container& kind = choose_sink(path, request);
+    const container& kind = container_of_output(path, request);
+    refuse_strides(kind, request, path, "output");
     const std::optional<sequence_pattern> files = sequence_pattern::parse(path);
     if (!files) {
         return kind.open_sink(path, request);

@@ -80,22 +80,27 @@ std::uint64_t frame_source::skip(std::uint64_t count) {
     return skipped;
 }
 
-void say_what_is_not_stored(const frame_source& source, const frame_layout& layout,
-                            const QVRUncompressed_CompressedParams_t& how, loss_log& losses) {
-    const location where = {source.last_place().file, {}};
+void lose_alpha(const frame_layout& from, const frame_layout& to, const location& where, loss_log& losses) {
+    const order_info* old_order = find_order(from.colorComponentOrder);
+    const order_info* new_order = find_order(to.colorComponentOrder);
+    if (old_order && new_order && old_order->alpha && !new_order->alpha) {
+        losses.lose(where, std::string("alpha is left out: order ") + new_order->name + " has none");
+    }
+}
+
+void lose_unstored_alpha(const frame_layout& layout, const location& where, loss_log& losses) {
     const order_info* order = find_order(layout.colorComponentOrder);
     if (order && order->alpha && !stores_alpha(layout.colorComponentOrder, layout.componentType)) {
         losses.lose(where,
                     "alpha is left out: type " + type_text(layout.componentType) + " stores none, only U8 and U16 do");
     }
-    if (how.alphaCompression != 0 && order && !order->alpha) {
-        warn(where.file, std::string("--alpha-rle changes nothing: order ") + order->name + " has no alpha");
-    }
-    const std::optional<frame_rate> rate = source.rate();
+}
+
+void lose_rate(const std::optional<frame_rate>& rate, const location& where, loss_log& losses) {
+    // The default of --rate brings the usual one back.
     if (rate && !(*rate == frame_rate())) {
         const std::string text = std::to_string(rate->frames) + ":" + std::to_string(rate->seconds);
-        losses.lose(where, "its frame rate of " + text + " is not kept, since a .qvr file has none",
-                    "to get it back, decode with --rate " + text);
+        losses.lose(where, "its frame rate of " + text + " is left out", "to get it back, decode with --rate " + text);
     }
 }
 

@@ -91,9 +91,13 @@ class frame_sink {
     virtual kept_frames go_on(const frame_layout&) { return {}; }
 };
 
-// Says what a .qvr file does not keep of the frames of a source, of which the first has the given layout.
-void say_what_is_not_stored(const frame_source& source, const frame_layout& layout,
-                            const QVRUncompressed_CompressedParams_t& how, loss_log& losses);
+// Each says what is lost of a frame:
+// its alpha, when it is to be put into a layout whose order has none,
+void lose_alpha(const frame_layout& from, const frame_layout& to, const location& where, loss_log& losses);
+// its alpha, when its type stores none,
+void lose_unstored_alpha(const frame_layout& layout, const location& where, loss_log& losses);
+// its rate, in files that keep none.
+void lose_rate(const std::optional<frame_rate>& rate, const location& where, loss_log& losses);
 
 // What the command line says about the caller's side of frames.
 struct layout_request {

@@ -38,6 +38,8 @@ class frame_input {
     // Steps of the pipeline: the next frame as it is stored, and its samples in the layout that is wanted.
     virtual bool read(frame_job& to) = 0;
     virtual void unpack(unsigned worker, frame_job& in, const layout_choice& wanted) = 0;
+    // Frames a second, where the input says it.
+    virtual std::optional<frame_rate> rate() const { return std::nullopt; }
     // Of all codec calls. Only when the work has ended.
     virtual codec_time time() const { return {}; }
 };
@@ -46,7 +48,8 @@ class frame_output {
   public:
     virtual ~frame_output() = default;
     virtual const std::string& name() const = 0;
-    virtual bool holds_one_frame() const { return false; }
+    // What a file is called that takes only one frame, as in "a PNG"; null: it takes many.
+    virtual const char* holds_one_frame() const { return nullptr; }
     // Makes what wanted() and pack() need for each of the workers. first: the number of the first frame.
     virtual void prepare(const work_plan& plan, unsigned long long first) = 0;
 
@@ -71,10 +74,12 @@ class frame_output {
     virtual std::optional<std::uint64_t> bytes_written() const { return std::nullopt; }
 };
 
-// stream_ends.cpp: .qvr files. manifest: the path of one, or empty.
-std::unique_ptr<frame_input> open_stream_input(const std::string& path);
+// stream_ends.cpp: .qvr files. described: what the command line makes of a frame and the layout that it says it has;
+// wanted: the layout in which a frame is to be encoded. Either may be null: as it is. manifest: the path of one, or empty.
+using stream_choice = std::function<frame_layout(const frame_layout&, const frame_job&)>;
+std::unique_ptr<frame_input> open_stream_input(const std::string& path, stream_choice described);
 std::unique_ptr<frame_output> open_stream_output(const std::string& path, const compression& how, incomplete becomes,
-                                                 const std::string& manifest);
+                                                 const std::string& manifest, layout_choice wanted);
 
 // picture_ends.cpp: all that containers.h knows. at_first: called with the source when it has given its first frame.
 using first_frame_check = std::function<void(const frame_source&, const frame_layout&)>;

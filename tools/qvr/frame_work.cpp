@@ -20,10 +20,10 @@ class frame_work {
   public:
     frame_work(const work_ends& between, const work_options& given, const run_options& run)
         : ends(between),
+          input(*ends.input),
           output(*ends.output),
           options(given),
-          input(ends.open_input()),
-          total(input->frames_left()),
+          total(input.frames_left()),
           range(options.range.resolve(total, ends.input_name)),
           expected(range.count(total)),
           plan(plan_work(options.jobs, run.threads, expected, usable_processors())),
@@ -31,7 +31,7 @@ class frame_work {
           form(progress::parse(options.progress, run.quiet)) {}
 
     work_report run() {
-        input->prepare(plan);
+        input.prepare(plan);
         output.prepare(plan, range.first);
         if (options.resume) {
             go_on();
@@ -44,7 +44,7 @@ class frame_work {
         shown.end();
         report.kept += present;
         report.frames += present;
-        report.time = input->time();
+        report.time = input.time();
         report.time += output.time();
         return std::move(report);
     }
@@ -77,7 +77,7 @@ class frame_work {
             throw failure(exit_code::usage, {ends.input_name, {}}, "--resume needs an input that can be read again",
                           "name a file, or leave --resume out");
         }
-        const std::unique_ptr<frame_input> first = ends.open_input();
+        const std::unique_ptr<frame_input> first = ends.open_again();
         first->prepare({1, 1});
         frame_job job;
         job.number = range.first;
@@ -90,7 +90,7 @@ class frame_work {
     }
 
     void skip(unsigned long long count) {
-        const unsigned long long there = input->skip(count);
+        const unsigned long long there = input.skip(count);
         if (there < count) {
             refuse_frame(ends.input_name, std::max(there, range.first), there);
         }
@@ -121,7 +121,7 @@ class frame_work {
 
     bool read(frame_job& job) {
         while (output.has(number)) {
-            if ((range.end && number >= *range.end) || input->skip(1) == 0) {
+            if ((range.end && number >= *range.end) || input.skip(1) == 0) {
                 return false;
             }
             ++number;
@@ -135,21 +135,22 @@ class frame_work {
         job.coded_bytes = 0;
         // Counted whether it can be read or not.
         ++number;
-        if (!input->read(job)) {
+        if (!input.read(job)) {
             --number;
             return false;
         }
         if (output.holds_one_frame() && std::exchange(any_read, true)) {
-            throw failure(exit_code::usage, {ends.input_name, {}},
-                          "the file holds more than one frame, but a PNG holds only one",
-                          "choose one with --frame N, counted from 0, or decode to raw frames");
+            throw failure(
+                exit_code::usage, {ends.input_name, {}},
+                std::string("the file holds more than one frame, but ") + output.holds_one_frame() + " holds only one",
+                "choose one with --range N, counted from 0, or write a sequence: name it like frame.%04d.png");
         }
         return true;
     }
 
     void work(unsigned worker, frame_job& job) {
-        input->unpack(worker, job,
-                      [&](const frame_layout& own, const location&) { return output.wanted(worker, job, own); });
+        input.unpack(worker, job,
+                     [&](const frame_layout& own, const location&) { return output.wanted(worker, job, own); });
         output.pack(worker, job);
     }
 
@@ -176,9 +177,9 @@ class frame_work {
     }
 
     const work_ends& ends;
+    frame_input& input;
     frame_output& output;
     const work_options& options;
-    std::unique_ptr<frame_input> input;
     std::optional<unsigned long long> total;
     frame_range range;
     std::optional<unsigned long long> expected;  // how many frames are wanted

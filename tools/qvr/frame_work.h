@@ -19,9 +19,10 @@ namespace qvr {
 struct work_ends {
     const char* task;  // "encode"
     std::string input_name;
-    // Opens the input; a second time to look at its first frame before the work begins.
-    std::function<std::unique_ptr<frame_input>()> open_input;
+    std::unique_ptr<frame_input> input;
     std::unique_ptr<frame_output> output;
+    // Opens the input once more, to look at its first frame.
+    std::function<std::unique_ptr<frame_input>()> open_again;
 };
 
 struct work_report {

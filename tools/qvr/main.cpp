@@ -51,6 +51,7 @@ void run(int argc, char** argv) {
     qvr::command_line line(k_about, k_more, version_text());
     qvr::add_encode(line);
     qvr::add_decode(line);
+    qvr::add_convert(line);
     qvr::add_wrap(line);
     qvr::add_unwrap(line);
     qvr::add_info(line);

@@ -20,6 +20,7 @@ struct picture {
     unsigned channels = 0;   // 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA
     std::uint32_t type = 0;  // QVRUncompressed_ComponentType of the samples
     std::vector<std::uint8_t> samples;
+    std::vector<std::string> left_out;  // what the file holds beyond that, in words for a warning
 
     bool has_alpha() const { return channels == 2 || channels == 4; }
     unsigned bytes_per_sample() const;

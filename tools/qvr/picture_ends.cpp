@@ -4,6 +4,7 @@
 // read and write the files themselves, since unpacking a picture may take far longer than anything else.
 #include <algorithm>
 #include <cstring>
+#include <deque>
 #include <filesystem>
 #include <mutex>
 #include <system_error>
@@ -12,6 +13,7 @@
 
 #include "containers.h"
 #include "frame_ends.h"
+#include "relayout.h"
 #include "sequence.h"
 
 namespace qvr {
@@ -27,6 +29,23 @@ bool same_layout(const frame_layout& a, const frame_layout& b) {
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
+// Brings frames into the layouts that are wanted, each worker with a codec of its own.
+class worker_layouts {
+  public:
+    void assign(const work_plan& plan) {
+        for (unsigned i = 0; i < plan.jobs; ++i) {
+            all.emplace_back(plan.threads);
+        }
+    }
+
+    void into(const layout_choice& wanted, unsigned worker, frame_job& in) {
+        all[worker].into(wanted(in.picture.layout, in.place), in.picture, in.place);
+    }
+
+  private:
+    std::deque<relayout> all;
+};
+
 // From a stream of frames, read one after the other.
 class picture_input : public frame_input {
   public:
@@ -35,24 +54,28 @@ class picture_input : public frame_input {
 
     std::optional<unsigned long long> frames_left() override { return source->frames_left(); }
     unsigned long long skip(unsigned long long count) override { return source->skip(count); }
-    void prepare(const work_plan&) override {}
+    std::optional<frame_rate> rate() const override { return source->rate(); }
+    void prepare(const work_plan& plan) override { layouts.assign(plan); }
 
     bool read(frame_job& to) override {
         if (!source->next(to.picture)) {
             return false;
         }
         to.place = source->last_place();
-        if (std::exchange(first, false)) {
+        if (std::exchange(first, false) && check_first) {
             check_first(*source, to.picture.layout);
         }
         return true;
     }
 
-    void unpack(unsigned, frame_job&, const layout_choice&) override {}
+    void unpack(unsigned worker, frame_job& in, const layout_choice& wanted) override {
+        layouts.into(wanted, worker, in);
+    }
 
   private:
     std::unique_ptr<frame_source> source;
     first_frame_check check_first;
+    worker_layouts layouts;
     bool first = true;
 };
 
@@ -71,11 +94,14 @@ class picture_files_input : public frame_input {
         return skipped;
     }
 
-    void prepare(const work_plan& plan) override { readers.resize(plan.jobs); }
+    void prepare(const work_plan& plan) override {
+        readers.resize(plan.jobs);
+        layouts.assign(plan);
+    }
 
     bool read(frame_job&) override { return skip(1) == 1; }
 
-    void unpack(unsigned worker, frame_job& in, const layout_choice&) override {
+    void unpack(unsigned worker, frame_job& in, const layout_choice& wanted) override {
         reader& own = readers[worker];
         if (!own.source) {
             own = {open(), 0};
@@ -88,8 +114,11 @@ class picture_files_input : public frame_input {
                           "frame " + std::to_string(in.number) + " has gone while it was looked for");
         }
         in.place = source->last_place();
-        std::call_once(checked, [&] { check_first(*source, in.picture.layout); });
+        if (check_first) {
+            std::call_once(checked, [&] { check_first(*source, in.picture.layout); });
+        }
         own = {std::move(source), in.number + 1};
+        layouts.into(wanted, worker, in);
     }
 
   private:
@@ -101,6 +130,7 @@ class picture_files_input : public frame_input {
     first_frame_check check_first;
     unsigned long long left;
     std::vector<reader> readers;
+    worker_layouts layouts;
     std::once_flag checked;
 };
 
@@ -108,10 +138,12 @@ class picture_files_input : public frame_input {
 class picture_output : public frame_output {
   public:
     picture_output(const std::string& path, const layout_request& request)
-        : shown_name(path == "-" ? "standard output" : path), sink(open_sink(path, request)) {}
+        : shown_name(path == "-" ? "standard output" : path),
+          called(container_of_output(path, request).called),
+          sink(open_sink(path, request)) {}
 
     const std::string& name() const override { return shown_name; }
-    bool holds_one_frame() const override { return sink->holds_one_frame(); }
+    const char* holds_one_frame() const override { return sink->holds_one_frame() ? called : nullptr; }
     void prepare(const work_plan&, unsigned long long) override {}
 
     kept_frames go_on(const std::function<frame_layout()>& first_layout) override {
@@ -141,6 +173,7 @@ class picture_output : public frame_output {
 
   private:
     std::string shown_name;
+    const char* called;
     std::unique_ptr<frame_sink> sink;
     std::mutex memory;
     std::mutex sink_use;

@@ -111,6 +111,9 @@ class picture_source : public frame_source {
         }
         format.read(*file, taken);
         ++count;
+        for (const std::string& loss : taken.left_out) {
+            request.losses->lose(last_place(), loss);
+        }
         to.layout = layout_of(taken);
         const order_info& order = *find_order(to.layout.colorComponentOrder);
         const std::vector<int> indices = arrangement(taken, order, format.name, last_place());
@@ -216,6 +219,7 @@ class picture_sink : public frame_sink {
         layout.colorComponentOrder = request.format.order ? *request.format.order : natural_order(own, where);
         layout.componentType = request.format.type.value_or(natural_type(own));
         require_kept(layout);
+        lose_alpha(own, layout, {file.name(), {}}, *request.losses);
         if (own.frameLayout == QVRUncompressed_LayoutInterlaced) {
             request.losses->lose({file.name(), {}},
                                  format.called() + " does not say that a frame is interlaced, so that is lost");
@@ -280,9 +284,6 @@ class picture_sink : public frame_sink {
         }
         if (own.colorComponentOrder == QVRUncompressed_OrderAlpha) {
             return own.colorComponentOrder;
-        }
-        if (order->alpha && !writes(4)) {
-            request.losses->lose({file.name(), {}}, "alpha is left out: " + format.called() + " has none");
         }
         return order->alpha && writes(4) ? QVRUncompressed_OrderRGBA : QVRUncompressed_OrderRGB;
     }

@@ -14,7 +14,7 @@ namespace {
 class raw_source : public frame_source {
   public:
     raw_source(std::unique_ptr<input_file> from, const frame_layout& described)
-        : file(std::move(from)), layout(described) {
+        : file(std::move(from)), layout(described), place{file->name(), {}} {
         require_raw_size(layout, exit_code::usage, {file->name(), {}});
         frame_bytes = static_cast<std::size_t>(raw_frame_bytes(layout));
     }
@@ -106,6 +106,7 @@ class raw_sink : public frame_sink {
         layout.rowBytes = request.row_bytes;
         layout.rowBytes2 = request.row_bytes2;
         require_supported(layout.colorComponentOrder, layout.componentType);
+        lose_alpha(own, layout, {file.name(), {}}, *request.losses);
         return layout;
     }
 

@@ -2,6 +2,7 @@
 //
 // .qvr files as the ends of work on many frames.
 #include <deque>
+#include <utility>
 
 #include "frame_ends.h"
 #include "qvr_file.h"
@@ -29,7 +30,8 @@ codec_time sum_of_times(const std::deque<Codec>& codecs) {
 
 class stream_input : public frame_input {
   public:
-    explicit stream_input(const std::string& from) : path(from), file(from), reader(file) {}
+    stream_input(const std::string& from, stream_choice to_describe)
+        : path(from), describe(std::move(to_describe)), file(from), reader(file) {}
 
     // Counts through a file of its own, since only sizes are read.
     std::optional<unsigned long long> frames_left() override {
@@ -81,7 +83,7 @@ class stream_input : public frame_input {
         decoder& codec = decoders[worker];
         const frame_layout own = codec.read_layout(in.bitstream(), in.place);
         refuse_chunks(own, in.place);
-        in.picture.layout = wanted(own, in.place);
+        in.picture.layout = wanted(describe ? describe(own, in) : own, in.place);
         codec.decode(in.bitstream(), in.picture, in.place);
     }
 
@@ -99,6 +101,7 @@ class stream_input : public frame_input {
     }
 
     std::string path;
+    stream_choice describe;
     input_file file;
     frame_reader reader;
     unsigned long long read_frames = 0;
@@ -107,8 +110,9 @@ class stream_input : public frame_input {
 
 class stream_output : public frame_output {
   public:
-    stream_output(const std::string& path, const compression& wanted, incomplete becomes, const std::string& list)
-        : file(path, becomes), how(wanted), manifest_path(list) {}
+    stream_output(const std::string& path, const compression& wanted_how, incomplete becomes, const std::string& list,
+                  layout_choice wanted_layout)
+        : file(path, becomes), how(wanted_how), manifest_path(list), choose(std::move(wanted_layout)) {}
 
     const std::string& name() const override { return file.name(); }
 
@@ -142,6 +146,10 @@ class stream_output : public frame_output {
         }
         file.go_on(last, reader.offset());
         return found;
+    }
+
+    frame_layout wanted(unsigned, const frame_job& in, const frame_layout& own) override {
+        return choose ? choose(own, in.place) : own;
     }
 
     void pack(unsigned worker, frame_job& in) override {
@@ -184,6 +192,7 @@ class stream_output : public frame_output {
     output_file file;
     compression how;
     std::string manifest_path;
+    layout_choice choose;
     std::optional<manifest_writer> manifest;
     unsigned long long first_frame = 0;
     std::deque<encoder> encoders;
@@ -191,13 +200,13 @@ class stream_output : public frame_output {
 
 }  // namespace
 
-std::unique_ptr<frame_input> open_stream_input(const std::string& path) {
-    return std::make_unique<stream_input>(path);
+std::unique_ptr<frame_input> open_stream_input(const std::string& path, stream_choice described) {
+    return std::make_unique<stream_input>(path, std::move(described));
 }
 
 std::unique_ptr<frame_output> open_stream_output(const std::string& path, const compression& how, incomplete becomes,
-                                                 const std::string& manifest) {
-    return std::make_unique<stream_output>(path, how, becomes, manifest);
+                                                 const std::string& manifest, layout_choice wanted) {
+    return std::make_unique<stream_output>(path, how, becomes, manifest, std::move(wanted));
 }
 
 }  // namespace qvr

@@ -24,6 +24,12 @@ void work_options::add(argument_list& to) {
             "lines to standard error, 'none' is silent");
 }
 
+void work_options::add_manifest(argument_list& to, std::string& path) {
+    to.text("--manifest", path, "FILE",
+            "Write a list of the frames of the .qvr file with their sizes and checksums,\n"
+            "one line of JSON each");
+}
+
 unsigned usable_processors() {
     cpu_set_t usable;
     if (sched_getaffinity(0, sizeof usable, &usable) == 0) {

@@ -22,6 +22,7 @@ struct work_options {
     range_options range;
 
     void add(argument_list& to);
+    static void add_manifest(argument_list& to, std::string& path);
     incomplete becomes() const { return resume ? incomplete::kept : incomplete::removed; }
 };
 
