@@ -18,6 +18,7 @@ void add_unwrap(command_line& to);
 void add_info(command_line& to);
 void add_formats(command_line& to);
 void add_convert(command_line& to);
+void add_join(command_line& to);
 
 // Options that describe one side of a command, its raw frames and its files, as they were typed.
 struct layout_options {

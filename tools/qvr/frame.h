@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -86,9 +87,10 @@ class frame_sink {
     // Takes a frame in the layout that it wanted.
     virtual void put(const frame& from) = 0;
     virtual void commit() = 0;
-    // For sinks that were opened to keep what is incomplete: finds the whole frames, all of this layout, that are there.
-    // The last of them must be put again, and is compared. Sinks that keep nothing start anew.
-    virtual kept_frames go_on(const frame_layout&) { return {}; }
+    // For sinks that were opened to keep what is incomplete: finds the whole frames that are there, all of the layout
+    // that the function gives, which is called when there is something. The last of them must be put again, and is
+    // compared. Sinks that keep nothing start anew.
+    virtual kept_frames go_on(const std::function<frame_layout()>&) { return {}; }
 };
 
 // Each says what is lost of a frame:

@@ -37,11 +37,12 @@ class frame_work {
             go_on();
         }
         skip(number);
-        progress shown(form, ends.task, output.name(), expected, report.kept + count_present());
+        progress shown(form, ends.task, output.name(), expected, report.kept + count_present(), plan);
         run_pipeline(plan.jobs, steps(shown));
         require_all_read();
         output.commit(number);
         shown.end();
+        report.told = form == progress::form::json;
         report.kept += present;
         report.frames += present;
         report.time = input.time();
@@ -218,7 +219,7 @@ work_report do_work(const work_ends& ends, const work_options& options, const ru
 void say_report(const work_ends& ends, const work_report& report, const run_options& run, const std::string& sizes) {
     const std::string& name = ends.output->name();
     const unsigned long long made = report.frames - report.kept;
-    if (!run.quiet) {
+    if (!run.quiet && !report.told) {
         say(name + ": " + frames_text(report.frames) +
             (report.kept > 0 ? ", " + std::to_string(report.kept) + " of them made before" : "") +
             (made > 0 ? ", " + layout_text(report.layout) : "") + (made == report.frames && made > 0 ? sizes : ""));

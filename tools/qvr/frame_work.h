@@ -32,6 +32,7 @@ struct work_report {
     std::uint64_t raw_bytes = 0;  // of the frames made by this run
     codec_time time;
     std::vector<unsigned long long> lost;
+    bool told = false;  // as JSON lines
 };
 
 // Commits the output, also when frames are lost.

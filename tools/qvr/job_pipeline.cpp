@@ -7,6 +7,7 @@
 #include <mutex>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 namespace qvr {
 
@@ -100,11 +101,13 @@ class job_queue {
     bool stopped = false;        // nothing more is wanted
 };
 
-bool is_data_failure(const std::exception_ptr& problem) {
+// A data failure in other words than the last one, whose words it then takes the place of.
+bool is_data_failure(const std::exception_ptr& problem, std::string& last_words) {
     try {
         std::rethrow_exception(problem);
     } catch (const failure& found) {
-        return found.code() == exit_code::data;
+        const std::string words = found.text();
+        return found.code() == exit_code::data && words != std::exchange(last_words, words);
     } catch (...) {
         return false;
     }
@@ -141,6 +144,7 @@ class crew {
   private:
     void read_all() {
         bool more = true;
+        std::string last_words;
         while (slot* at = more ? queue.take_free() : nullptr) {
             at->job.problem = nullptr;
             try {
@@ -150,7 +154,8 @@ class crew {
                 }
             } catch (...) {
                 at->job.problem = std::current_exception();
-                more = steps.lose && is_data_failure(at->job.problem);
+                // What fails in the same words again has not gone on.
+                more = steps.lose && is_data_failure(at->job.problem, last_words);
             }
             queue.give_read(at);
         }

@@ -73,14 +73,18 @@ manifest_reader::manifest_reader(const std::string& path) : file(path) {
     first_frame = read["first"];
 }
 
-void manifest_reader::fail(const std::string& what) const {
+void manifest_reader::fail(const std::string& what) {
+    broken = what;
     throw failure(exit_code::data, {file.name(), "line " + std::to_string(line_number)}, what,
                   "make the manifest again: 'qvr encode --manifest' and 'qvr join --manifest' write one");
 }
 
 std::optional<std::string> manifest_reader::read_line() {
     constexpr std::size_t k_step = 65536;
-    ++line_number;
+    line_number += broken.empty() ? 1 : 0;
+    if (!broken.empty()) {
+        fail(std::string(broken));
+    }
     while (true) {
         const auto begin = buffer.begin() + static_cast<std::ptrdiff_t>(taken);
         const auto end = buffer.begin() + static_cast<std::ptrdiff_t>(held);

@@ -56,9 +56,10 @@ class manifest_reader {
 
   private:
     std::optional<std::string> read_line();
-    [[noreturn]] void fail(const std::string& what) const;
+    [[noreturn]] void fail(const std::string& what);
 
     input_file file;
+    std::string broken;  // what was wrong; nothing can be read behind it
     std::vector<std::uint8_t> buffer;
     std::size_t taken = 0;  // bytes of the buffer that lines were made of
     std::size_t held = 0;

@@ -146,9 +146,7 @@ class picture_output : public frame_output {
     const char* holds_one_frame() const override { return sink->holds_one_frame() ? called : nullptr; }
     void prepare(const work_plan&, unsigned long long) override {}
 
-    kept_frames go_on(const std::function<frame_layout()>& first_layout) override {
-        return sink->go_on(first_layout());
-    }
+    kept_frames go_on(const std::function<frame_layout()>& first_layout) override { return sink->go_on(first_layout); }
 
     // Most frames are like the one before, so that the sink is asked rarely, and never while it writes.
     frame_layout wanted(unsigned, const frame_job& in, const frame_layout& own) override {

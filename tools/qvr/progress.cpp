@@ -63,7 +63,7 @@ progress::form progress::parse(const std::string& mode, bool quiet) {
 }
 
 progress::progress(form shown, std::string task, std::string what, std::optional<unsigned long long> total,
-                   unsigned long long kept)
+                   unsigned long long kept, const work_plan& plan)
     : shown_as(shown), task_name(std::move(task)), file(std::move(what)), total_frames(total), frames_kept(kept) {
     if (shown_as == form::json) {
         print_json({{"event", "start"},
@@ -71,7 +71,9 @@ progress::progress(form shown, std::string task, std::string what, std::optional
                     {"task", task_name},
                     {"output", file},
                     {"frames_total", or_null(total_frames)},
-                    {"frames_kept", frames_kept}});
+                    {"frames_kept", frames_kept},
+                    {"jobs", plan.jobs},
+                    {"threads", plan.threads}});
     }
 }
 

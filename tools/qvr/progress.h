@@ -8,6 +8,8 @@
 #include <optional>
 #include <string>
 
+#include "frame_ends.h"
+
 namespace qvr {
 
 // Used from one thread.
@@ -21,7 +23,7 @@ class progress {
     // task: "encode"; what: the file that is being made. total: how many frames there are, where that is known, of which
     // `kept` were done by an earlier run.
     progress(form shown, std::string task, std::string what, std::optional<unsigned long long> total,
-             unsigned long long kept);
+             unsigned long long kept, const work_plan& plan);
     ~progress();
     progress(const progress&) = delete;
     progress& operator=(const progress&) = delete;

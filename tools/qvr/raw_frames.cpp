@@ -114,8 +114,11 @@ class raw_sink : public frame_sink {
     void put(const frame& from) override { file.write(from.samples.data(), from.bytes); }
     void commit() override { file.commit(); }
 
-    kept_frames go_on(const frame_layout& of) override {
-        const std::uint64_t frame_bytes = std::max<std::uint64_t>(raw_frame_bytes(of), 1);
+    kept_frames go_on(const std::function<frame_layout()>& layout) override {
+        if (file.kept_bytes() == 0) {
+            return {0, file.kept_is_complete()};
+        }
+        const std::uint64_t frame_bytes = std::max<std::uint64_t>(raw_frame_bytes(layout()), 1);
         const std::uint64_t count = file.kept_bytes() / frame_bytes;
         file.go_on(count == 0 ? 0 : (count - 1) * frame_bytes, count * frame_bytes);
         return {count, file.kept_is_complete()};
