@@ -176,6 +176,31 @@ TEST_F(manifests, damaged_manifests_are_bad_data) {
     expect_bad(other, "line 3: there is no number 'frame' in it");
 }
 
+TEST_F(manifests, verifying_takes_one) {
+    make_parts(2);
+    const words verify = {"verify", "part2.qvr", "--manifest", "part2.manifest"};
+    EXPECT_EQ(folder_.qvr(verify).code, 0);
+    // Samples that are others are sound; only the manifest knows.
+    bytes content = folder_.read("part2.qvr");
+    content.at(4 * k_small_frame + 50) ^= 1;
+    content.at(9 * k_small_frame + 50) ^= 1;
+    folder_.write("part2.qvr", content);
+    EXPECT_EQ(folder_.qvr({"verify", "part2.qvr"}).code, 0);
+    const outcome changed = folder_.qvr(verify);
+    EXPECT_EQ(changed.code, 1);
+    for (const char* told : {"qvr: part2.qvr: frame 4 at offset 244: the frame has the checksum ",
+                             "qvr: part2.qvr: frame 9 at offset 549: the frame has the checksum ",
+                             "qvr: part2.qvr: 2 frames are not as the manifest says\n"}) {
+        EXPECT_TRUE(holds(changed.err, told)) << changed.err;
+    }
+    EXPECT_EQ(folder_.qvr({"verify", "part1.qvr", "--manifest", "part2.manifest"}).code, 1);
+    content.resize(content.size() - k_small_frame);
+    folder_.write("part2.qvr", content);
+    EXPECT_TRUE(holds(folder_.qvr(verify).err, "3 frames are not as the manifest says"));
+    folder_.write("part2.manifest", bytes(10, 'x'));
+    EXPECT_EQ(folder_.qvr(verify).code, 1);
+}
+
 TEST_F(manifests, parts_without_one_are_taken_as_they_come) {
     ASSERT_EQ(folder_.qvr(encode_small("long.raw", "a.qvr", {"--range", "30-"})).code, 0);
     ASSERT_EQ(folder_.qvr(encode_small("long.raw", "b.qvr", {"--range", "0-29"})).code, 0);

@@ -127,10 +127,13 @@ TEST(output, files_that_cannot_be_made_are_output_failures) {
     folder.write("clip.raw", noise(24));
     const outcome nowhere = folder.qvr(encode("clip.raw", "no/such/folder/a.qvr"));
     EXPECT_EQ(nowhere.code, 3);
-    EXPECT_EQ(nowhere.err, "qvr: no/such/folder/a.qvr: cannot create it: No such file or directory\n");
+    EXPECT_EQ(nowhere.err,
+              "qvr: no/such/folder/a.qvr: cannot create it: No such file or directory"
+              "\nhint: look at the name and its folder, which must exist\n");
     const outcome directory = folder.qvr(encode("clip.raw", folder.path()));
     EXPECT_EQ(directory.code, 3);
-    EXPECT_EQ(directory.err, "qvr: " + folder.path() + ": cannot write it: it is a directory\n");
+    EXPECT_EQ(directory.err,
+              "qvr: " + folder.path() + ": cannot write it: it is a directory\nhint: name a file in the folder\n");
 }
 
 TEST(output, files_that_cannot_be_read_are_input_failures) {
@@ -141,7 +144,8 @@ TEST(output, files_that_cannot_be_read_are_input_failures) {
                                                       {"info", "none.raw"}}) {
         const outcome result = folder.qvr(arguments);
         EXPECT_EQ(result.code, 3);
-        EXPECT_TRUE(holds(result.err, "qvr: none.raw: cannot open it for reading: No such file or directory\n"))
+        EXPECT_TRUE(holds(
+            result.err, "qvr: none.raw: cannot open it for reading: No such file or directory\nhint: look at the name"))
             << result.err;
     }
     const outcome directory = folder.qvr({"info", folder.path()});

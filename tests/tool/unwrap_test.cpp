@@ -90,6 +90,47 @@ TEST(unwrap, the_frames_of_a_file_have_names_of_their_own) {
     EXPECT_EQ(folder.names(), (std::vector<std::string>{"all.qvr", "parts"}));
 }
 
+TEST(unwrap, one_frame_can_be_taken_apart) {
+    const scratch_folder folder;
+    bytes content = stitched({noise(10), noise(20, 2)});
+    append(content, beside_alpha(qcx_frame(1300, 4, 2)));
+    content.resize(content.size() + 50);  // what stands behind is not read
+    folder.write("all.qvr", content);
+    const outcome result = folder.qvr({"unwrap", "all.qvr", "--into", "parts", "--frame", "1"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(result.err, "parts: 1 payload of 300 bytes and 1 alpha plane from 1 frame\n");
+    EXPECT_EQ(names_in(folder.file("parts")),
+              (std::vector<std::string>{"frame000001-0.qcxf", "frame000001-alpha.png"}));
+}
+
+TEST(unwrap, a_frame_that_cannot_be_taken_apart_leaves_nothing) {
+    const scratch_folder folder;
+    bytes content = plain();
+    append(content, stitched({noise(10)}));
+    folder.write("all.qvr", content);
+    const outcome colours = folder.qvr({"unwrap", "all.qvr", "--into", "parts", "--frame", "0"});
+    EXPECT_EQ(colours.code, 1);
+    EXPECT_TRUE(holds(colours.err, "qvr: all.qvr: frame 0 at offset 0: there are no wrapped payloads in it\nhint: "))
+        << colours.err;
+    const outcome missing = folder.qvr({"unwrap", "all.qvr", "--into", "parts", "--frame", "2"});
+    EXPECT_EQ(missing.code, 2);
+    EXPECT_EQ(missing.err, "qvr: all.qvr: there is no frame 2: the file holds 2, counted from 0\n");
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"all.qvr"});
+}
+
+TEST(unwrap, decoding_such_a_frame_says_that_only_its_alpha_comes_out) {
+    const scratch_folder folder;
+    bytes content = beside_alpha(qcx_frame(1300, 4, 2));
+    append(content, content);
+    folder.write("all.qvr", content);
+    const outcome result = folder.qvr({"decode", "all.qvr", "alpha.raw", "-q"});
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.err,
+              "qvr: warning: all.qvr: frame 0 at offset 0: only the alpha plane is decoded; 'qvr unwrap' takes out the "
+              "compressed frame beside it\n");
+    EXPECT_EQ(folder.read("alpha.raw").size(), 16u);
+}
+
 TEST(unwrap, a_folder_that_is_there_keeps_what_has_other_names) {
     const scratch_folder folder;
     folder.write("a.qvr", stitched({noise(10)}));
@@ -239,14 +280,20 @@ TEST(unwrap, folders_that_cannot_be_are_output_failures) {
     folder.write("file", noise(3));
     const outcome file = folder.qvr({"unwrap", "a.qvr", "--into", "file"});
     EXPECT_EQ(file.code, 3);
-    EXPECT_EQ(file.err, "qvr: file: cannot write into it: it is not a directory\n");
+    EXPECT_EQ(file.err,
+              "qvr: file: cannot write into it: it is not a directory\nhint: give --into a folder, or a name that "
+              "nothing has yet\n");
     const outcome nowhere = folder.qvr({"unwrap", "a.qvr", "--into", "no/such"});
     EXPECT_EQ(nowhere.code, 3);
-    EXPECT_EQ(nowhere.err, "qvr: no/such: cannot create it: No such file or directory\n");
+    EXPECT_EQ(nowhere.err,
+              "qvr: no/such: cannot create it: No such file or directory\nhint: look at the name and its folder, which "
+              "must exist\n");
     std::filesystem::create_directories(folder.file("parts/frame000000-1.tile"));
     const outcome taken = folder.qvr({"unwrap", "a.qvr", "--into", "parts"});
     EXPECT_EQ(taken.code, 3);
-    EXPECT_EQ(taken.err, "qvr: parts/frame000000-1.tile: cannot write it: it is a directory\n");
+    EXPECT_EQ(taken.err,
+              "qvr: parts/frame000000-1.tile: cannot write it: it is a directory\nhint: move it away, or give --into "
+              "another folder\n");
     EXPECT_EQ(names_in(folder.file("parts")), std::vector<std::string>{"frame000000-1.tile"});
     EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.qvr", "file", "parts"}));
 }

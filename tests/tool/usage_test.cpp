@@ -40,7 +40,7 @@ TEST(usage, help_goes_to_standard_output_with_examples) {
          {"encode", "decode", "wrap", "unwrap", "info", "formats", "Exit codes: 0 good, 1 bad data, 2 wrong usage"}) {
         EXPECT_TRUE(holds(whole.out, word)) << word;
     }
-    for (const char* command : {"encode", "decode", "wrap", "unwrap", "info"}) {
+    for (const char* command : {"encode", "decode", "wrap", "unwrap", "info", "dump", "verify"}) {
         const outcome result = folder.qvr({command, "--help"});
         EXPECT_EQ(result.code, 0);
         EXPECT_EQ(result.err, "");

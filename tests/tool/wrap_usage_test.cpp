@@ -80,6 +80,24 @@ TEST_F(wrap_usage, a_forgotten_output_never_costs_an_input) {
     EXPECT_EQ(folder_.read("b.bin"), noise(20, 2));
 }
 
+TEST_F(wrap_usage, a_file_that_is_there_behind_chunks_is_replaced_only_by_force) {
+    folder_.write("d.qvr", noise(40, 4));
+    inputs_ = folder_.names();
+    const std::vector<std::string> guessed = {"wrap", "--size", "8x4", "--tiles", "a.bin", "d.qvr"};
+    expect_refused(guessed, "d.qvr: it is there already: is it OUT.qvr, or a chunk?",
+                   "OUT.qvr to be replaced stands before --tiles or behind another option, or give --force");
+    EXPECT_EQ(folder_.read("d.qvr"), noise(40, 4));
+    std::vector<std::string> forced = guessed;
+    forced.push_back("--force");
+    EXPECT_EQ(folder_.qvr(forced).code, 0);
+    EXPECT_EQ(folder_.read("d.qvr").size(), 55u);
+    // Where no chunk can stand, the name cannot be mistaken.
+    EXPECT_EQ(folder_.qvr({"wrap", "--tiles", "a.bin", "b.bin", "--size", "8x4", "d.qvr"}).code, 0);
+    EXPECT_EQ(folder_.read("d.qvr").size(), 83u);
+    EXPECT_EQ(folder_.qvr({"wrap", "d.qvr", "--size", "8x4", "--tiles", "a.bin"}).code, 0);
+    EXPECT_EQ(folder_.read("d.qvr").size(), 55u);
+}
+
 TEST_F(wrap_usage, options_that_do_not_go_together_are_refused) {
     const std::string help = "'qvr wrap --help'";
     expect_refused({"wrap", "out.qvr"}, "there is nothing to wrap", "give --qcx FRAME --alpha MATTE, or --tiles");
@@ -132,18 +150,23 @@ TEST_F(wrap_usage, inputs_that_are_not_there_are_input_failures) {
           {"unwrap", "none.bin", "--into", "parts"}}) {
         const outcome result = folder_.qvr(arguments);
         EXPECT_EQ(result.code, 3);
-        EXPECT_EQ(result.err, "qvr: none.bin: cannot open it for reading: No such file or directory\n");
+        EXPECT_EQ(result.err,
+                  "qvr: none.bin: cannot open it for reading: No such file or directory\nhint: look at the name and "
+                  "its folder, which must exist\n");
         EXPECT_EQ(folder_.names(), inputs_);
     }
     const outcome nowhere = folder_.qvr({"wrap", "--tiles", "a.bin", "--size", "8x4", "no/such/out.qvr"});
     EXPECT_EQ(nowhere.code, 3);
-    EXPECT_EQ(nowhere.err, "qvr: no/such/out.qvr: cannot create it: No such file or directory\n");
+    EXPECT_EQ(nowhere.err,
+              "qvr: no/such/out.qvr: cannot create it: No such file or directory\nhint: look at the name and its "
+              "folder, which must exist\n");
 }
 
 TEST_F(wrap_usage, unwrap_needs_a_folder) {
     expect_refused({"unwrap", "a.bin"}, "--into is required", "'qvr unwrap --help'");
     const std::string help = folder_.qvr({"unwrap", "--help"}).out;
-    for (const char* word : {"--into DIR", "frame000000-0.qcxf", "frame000000-alpha.png", "frame000000-1.tile"}) {
+    for (const char* word :
+         {"--into DIR", "--frame N", "--json", "frame000000-0.qcxf", "frame000000-alpha.png", "frame000000-1.tile"}) {
         EXPECT_TRUE(holds(help, word)) << word;
     }
 }
@@ -151,7 +174,7 @@ TEST_F(wrap_usage, unwrap_needs_a_folder) {
 TEST_F(wrap_usage, every_option_of_wrap_is_in_its_help) {
     const std::string help = folder_.qvr({"wrap", "--help"}).out;
     for (const char* option : {"--qcx FRAME", "--alpha MATTE", "--tiles CHUNK", "--size WxH", "--type ", "--interlaced",
-                               "--alpha-rle", "--slices N", "--threads N", "--time", "--quiet"}) {
+                               "--alpha-rle", "--slices N", "--force", "--json", "--threads N", "--time", "--quiet"}) {
         EXPECT_TRUE(holds(help, option)) << option;
     }
 }

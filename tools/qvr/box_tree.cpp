@@ -1,22 +1,23 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "box_tree.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
+
+#include "plane_codes.h"
 
 namespace qvr {
 
 namespace {
 
-constexpr std::size_t k_most_boxes = 2000;
 constexpr std::size_t k_least_plane_box = 20;  // header, width, height and code; the layout byte may be absent
+constexpr std::size_t k_plane_box = 21;        // as it is written
+constexpr std::size_t k_qcx_header = 45;
+constexpr unsigned k_most_depth = 4;  // 'pack', 'icmp', 'sdat', 'tile' and no deeper
 
 bool is_type(const std::uint8_t* from, const char* type) {
     return std::memcmp(from + 4, type, 4) == 0;
 }
-
-constexpr std::size_t k_qcx_header = 45;
 
 // QCX headers are big-endian.
 std::uint32_t read_be(const std::uint8_t* from, unsigned count) {
@@ -27,140 +28,191 @@ std::uint32_t read_be(const std::uint8_t* from, unsigned count) {
     return value;
 }
 
-constexpr unsigned k_most_depth = 4;  // 'pack', 'icmp', 'sdat', 'tile' and no deeper
+// Which box stands in which. Readers pass over every other one.
+struct box_place {
+    const char* type;
+    const char* parent;
+};
+
+constexpr box_place k_box_places[] = {
+    {"pack", ""},     {"QCXF", "pack"}, {"sinf", "pack"}, {"sdat", "pack"}, {"icmp", "pack"},
+    {"sinf", "icmp"}, {"sdat", "icmp"}, {"stch", "sdat"}, {"tile", "sdat"},
+};
 
 enum class content { bytes, boxes, chunks };
 
+// A run of boxes: those of the file, or those in another box.
+struct box_run {
+    std::uint64_t start;
+    std::uint64_t end;
+    unsigned depth;
+    const char* parent;  // the type of the box around it
+    std::size_t owner;   // its place in the tree
+    bool chunks;
+    std::size_t planes_before;
+};
+
 class tree_walker {
   public:
-    explicit tree_walker(bytes_view frame) : whole(frame) {}
+    tree_walker(bytes_view frame, std::size_t most_boxes) : whole(frame), most(most_boxes) {}
 
     box_tree walk() {
-        walk_run(0, whole.size, 0, false);
+        walk_run({0, whole.size, 0, "", 0, false, 0});
         return std::move(tree);
     }
 
   private:
-    // Boxes from start to end; what reaches past the end is cut there. The offset grows by at least a header each time.
-    void walk_run(std::uint64_t start, std::uint64_t end, unsigned depth, bool chunks) {
-        std::uint64_t at = start;
-        while (end - at >= k_box_header) {
-            if (tree.boxes.size() >= k_most_boxes) {
+    // What reaches past the end is cut there. The offset grows by at least a header each time.
+    void walk_run(const box_run& run) {
+        std::uint64_t at = run.start;
+        while (run.end - at >= k_box_header) {
+            if (tree.boxes.size() >= most) {
                 tree.complete = false;
                 return;
             }
-            const std::uint8_t* bytes = whole.data + at;
-            box found;
-            found.depth = depth;
-            found.offset = at;
-            found.size = read_le32(bytes);
-            found.type = box_type_text(bytes + 4);
-            std::uint64_t extent = found.size;
-            if (extent < k_box_header) {
-                found.note = "smaller than a box header; read as 8 bytes";
-                extent = k_box_header;
-            } else if (extent > end - at) {
-                found.note = "runs past the end by " + std::to_string(extent - (end - at));
-                extent = end - at;
-            }
-            // Payloads are the end of the tree: what they hold is not the container's.
-            const bool payload = is_type(bytes, "QCXF") ? chunks || depth == 1
-                                                        : chunks && (is_type(bytes, "stch") || is_type(bytes, "tile"));
-            if (payload) {
-                describe_payload(found, bytes, extent);
-            }
-            const content inside = chunks || payload ? content::bytes : describe(found, bytes, extent);
-            tree.boxes.push_back(std::move(found));
-            if (inside != content::bytes && depth < k_most_depth) {
-                walk_run(at + k_box_header, at + extent, depth + 1, inside == content::chunks);
-            }
-            at += extent;
-            if (depth == 0) {
+            at += walk_box(run, at);
+            if (run.depth == 0) {
                 return;  // one 'pack' is one frame
             }
         }
+        if (at < run.end && run.depth > 0) {
+            add_finding(tree.boxes[run.owner], finding_kind::surplus_bytes,
+                        std::to_string(run.end - at) + " bytes behind its last box", at);
+        }
+    }
+
+    // The bytes that it takes.
+    std::uint64_t walk_box(const box_run& run, std::uint64_t at) {
+        const std::uint8_t* bytes = whole.data + at;
+        box found;
+        found.depth = run.depth;
+        found.offset = at;
+        found.size = read_le32(bytes);
+        found.type = box_type_text(bytes + 4);
+        settle_extent(found, run.end - at);
+        check_place(found, bytes, run.parent);
+        if (is_type(bytes, "sinf") && std::strcmp(run.parent, "icmp") == 0 && planes > run.planes_before) {
+            add_finding(found, finding_kind::misplaced_box, "the second plane of an 'icmp', passed over");
+        }
+        // Payloads are the end of the tree: what they hold is not the container's.
+        const bool payload = is_type(bytes, "QCXF") ? run.chunks || run.depth == 1
+                                                    : run.chunks && (is_type(bytes, "stch") || is_type(bytes, "tile"));
+        if (payload) {
+            describe_payload(found, bytes);
+        }
+        const content inside = run.chunks || payload ? content::bytes : describe(found, bytes);
+        const std::uint64_t extent = found.extent;
+        tree.boxes.push_back(std::move(found));
+        if (inside != content::bytes && run.depth < k_most_depth) {
+            const bool chunks = inside == content::chunks;
+            const char* type = chunks ? "sdat" : is_type(bytes, "icmp") ? "icmp" : "pack";
+            walk_run({at + k_box_header, at + extent, run.depth + 1, type, tree.boxes.size() - 1, chunks, planes});
+        }
+        return extent;
+    }
+
+    static void settle_extent(box& found, std::uint64_t room) {
+        found.extent = found.size;
+        if (found.size < k_box_header) {
+            add_finding(found, finding_kind::box_too_small, "smaller than a box header; read as 8 bytes");
+            found.extent = k_box_header;
+        } else if (found.size > room) {
+            add_finding(found, finding_kind::box_past_end, "runs past the end by " + std::to_string(found.size - room));
+            found.extent = room;
+        }
+    }
+
+    static void check_place(box& found, const std::uint8_t* bytes, const char* parent) {
+        bool known = false;
+        for (const box_place& row : k_box_places) {
+            if (is_type(bytes, row.type)) {
+                known = true;
+                if (std::strcmp(row.parent, parent) == 0) {
+                    return;
+                }
+            }
+        }
+        add_finding(found, known ? finding_kind::misplaced_box : finding_kind::unknown_box,
+                    known ? "does not belong here" : "not known, passed over");
     }
 
     // Fills in what the type tells, and says whether the box holds boxes.
-    content describe(box& found, const std::uint8_t* bytes, std::uint64_t extent) {
+    content describe(box& found, const std::uint8_t* bytes) {
         if (is_type(bytes, "pack") || is_type(bytes, "icmp")) {
             return content::boxes;
         }
         if (is_type(bytes, "sinf")) {
-            describe_plane(found, bytes, extent);
+            describe_plane(found, bytes);
         } else if (is_type(bytes, "sdat")) {
-            if (planes == 0) {
-                add_note(found, "no 'sinf' before it");
-                return content::bytes;
-            }
-            found.payload_plane = planes - 1;
-            return last_code == "'stch'" ? content::chunks : content::bytes;
+            return describe_data(found);
         }
         return content::bytes;
     }
 
-    void describe_plane(box& found, const std::uint8_t* bytes, std::uint64_t extent) {
-        if (extent < k_least_plane_box) {
-            add_note(found, "too small to describe a plane");
+    void describe_plane(box& found, const std::uint8_t* bytes) {
+        if (found.extent < k_least_plane_box) {
+            add_finding(found, finding_kind::unknown_plane, "too small to describe a plane");
             return;
+        }
+        if (found.size != k_plane_box) {
+            add_finding(found, finding_kind::plane_box_size, "written with 21 bytes today");
         }
         plane_description plane;
         plane.number = planes++;
         plane.width = read_le32(bytes + 8);
         plane.height = read_le32(bytes + 12);
         plane.code = box_type_text(bytes + 16);
-        plane.layout = extent > k_least_plane_box ? bytes[k_least_plane_box] : 0;
-        last_code = plane.code;
+        plane.layout = found.extent > k_least_plane_box ? bytes[k_least_plane_box] : 0;
+        const std::string code = unquoted(plane.code);
+        code_of_data = find_plane_code(code);
+        if (code_of_data.content == plane_content::unknown) {
+            add_finding(found, finding_kind::unknown_plane, "a plane of no known type");
+        } else if (code_of_data.current != code) {
+            add_finding(found, finding_kind::old_plane_code, "written '" + code_of_data.current + "' today");
+        }
+        data_is_due = true;
+        plane_box = tree.boxes.size();
         found.plane = std::move(plane);
     }
 
-    void describe_payload(box& found, const std::uint8_t* bytes, std::uint64_t extent) {
+    content describe_data(box& found) {
+        if (!data_is_due) {
+            add_finding(found, finding_kind::misplaced_box, "no 'sinf' before it");
+            return content::bytes;
+        }
+        data_is_due = false;
+        found.payload_plane = planes - 1;
+        found.plane_box = plane_box;
+        return code_of_data.content == plane_content::chunks ? content::chunks : content::bytes;
+    }
+
+    void describe_payload(box& found, const std::uint8_t* bytes) {
         wrapped_description wrapped;
         wrapped.number = payloads++;
         wrapped.bytes = found.size < k_box_header ? 0 : found.size - k_box_header;
-        if (is_type(bytes, "QCXF") && extent - k_box_header >= k_qcx_header) {
+        if (is_type(bytes, "QCXF") && found.payload_bytes() >= k_qcx_header) {
             const std::uint8_t* header = bytes + k_box_header;
             wrapped.qcx = {read_be(header + 40, 4), read_be(header + 26, 2), read_be(header + 24, 2), header[7]};
         }
         found.wrapped = wrapped;
     }
 
-    static void add_note(box& found, const std::string& text) { found.note += found.note.empty() ? text : "; " + text; }
+    static void add_finding(box& found, finding_kind kind, const std::string& text, std::uint64_t at) {
+        found.findings.push_back({kind, at, text});
+    }
+    static void add_finding(box& found, finding_kind kind, const std::string& text) {
+        add_finding(found, kind, text, found.offset);
+    }
 
     bytes_view whole;
+    std::size_t most;
     box_tree tree;
     std::size_t planes = 0;
     std::size_t payloads = 0;
-    std::string last_code;
+    bool data_is_due = false;  // a plane has been described whose 'sdat' is still to come
+    plane_code code_of_data;   // of that plane
+    std::size_t plane_box = 0;
 };
-
-struct stem {
-    const char* letters;
-    const char* text;
-};
-
-constexpr stem k_integer_stems[] = {{" y", "Y"},
-                                    {"cb", "Cb"},
-                                    {"cr", "Cr"},
-                                    {" a", "alpha"},
-                                    {"rl", "coded alpha"},
-                                    {"rg", "R G B"},
-                                    {"y4", "Y Cb Cr 4:4:4"},
-                                    {"y2", "Y Cb Cr 4:2:2"}};
-constexpr stem k_integer_depths[] = {
-    {"08", "8 bits"}, {"10", "10 bits"}, {"12", "12 bits"}, {"16", "16 bits"}, {"S1", "16-bit fixed point"}};
-constexpr stem k_float_stems[] = {
-    {"  y", "Y"}, {" cb", "Cb"}, {" cr", "Cr"}, {" rg", "R G B"}, {" y4", "Y Cb Cr 4:4:4"}, {" y2", "Y Cb Cr 4:2:2"}};
-
-template <std::size_t N>
-const char* find_stem(const stem (&stems)[N], const std::string& letters) {
-    for (const stem& row : stems) {
-        if (letters == row.letters) {
-            return row.text;
-        }
-    }
-    return nullptr;
-}
 
 }  // namespace
 
@@ -183,28 +235,16 @@ std::string box_type_text(const std::uint8_t* from) {
     return text + "'";
 }
 
-box_tree read_boxes(bytes_view frame) {
-    return tree_walker(frame).walk();
+std::string unquoted(const std::string& text) {
+    return text.size() < 2 ? text : text.substr(1, text.size() - 2);
 }
 
-std::string plane_code_text(const std::string& quoted) {
-    if (quoted.size() != 6) {
-        return {};
-    }
-    const std::string code = quoted.substr(1, 4);
-    if (code == "stch") {
-        return "stitched chunks";
-    }
-    const char* content = find_stem(k_integer_stems, code.substr(0, 2));
-    const char* depth = find_stem(k_integer_depths, code.substr(2));
-    if (content && depth) {
-        return std::string(content) + ", " + depth;
-    }
-    content = find_stem(k_float_stems, code.substr(0, 3));
-    if (content && (code[3] == 'f' || code[3] == 'h')) {
-        return std::string(content) + (code[3] == 'f' ? ", 32-bit float" : ", 16-bit float");
-    }
-    return {};
+box_tree read_boxes(bytes_view frame, std::size_t most) {
+    return tree_walker(frame, most).walk();
+}
+
+const plane_description& plane_of(const box_tree& tree, const box& data) {
+    return *tree.boxes[data.plane_box].plane;
 }
 
 }  // namespace qvr

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "codec.h"
+#include "findings.h"
 
 namespace qvr {
 
@@ -27,6 +28,9 @@ std::uint32_t read_le32(const std::uint8_t* from);
 
 // Four bytes as a type in quotes; bytes that cannot be shown as \xNN.
 std::string box_type_text(const std::uint8_t* from);
+
+// "'pack'" without its quotes.
+std::string unquoted(const std::string& text);
 
 struct plane_description {
     std::size_t number = 0;
@@ -58,8 +62,14 @@ struct box {
     std::string type;                          // in quotes
     std::optional<plane_description> plane;    // of a 'sinf'
     std::optional<std::size_t> payload_plane;  // of an 'sdat': the plane whose samples it holds
+    std::size_t plane_box = 0;                 // and the place of its 'sinf' in the tree
     std::optional<wrapped_description> wrapped;
-    std::string note;  // what is wrong with it; else empty
+    std::uint64_t extent = 0;       // bytes that are there, header included
+    std::vector<finding> findings;  // what is wrong with it, or only unusual
+
+    std::uint64_t payload_bytes() const { return extent < k_box_header ? 0 : extent - k_box_header; }
+    // What is there of the content.
+    bytes_view payload(bytes_view frame) const { return {frame.data + offset + k_box_header, payload_bytes()}; }
 };
 
 struct box_tree {
@@ -67,9 +77,12 @@ struct box_tree {
     bool complete = true;    // false when there are more boxes than anybody would read
 };
 
-box_tree read_boxes(bytes_view frame);
+// As many as anybody would read; 'verify' looks at more.
+constexpr std::size_t k_most_boxes = 2000;
 
-// "R G B, 10 bits" for 'rg10'; empty for codes that no writer uses.
-std::string plane_code_text(const std::string& code);
+box_tree read_boxes(bytes_view frame, std::size_t most = k_most_boxes);
+
+// The description that an 'sdat' belongs to.
+const plane_description& plane_of(const box_tree& tree, const box& data);
 
 }  // namespace qvr

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: BSD-3-Clause
+#include <atomic>
 #include <memory>
 #include <optional>
 
 #include "command.h"
 #include "containers.h"
 #include "frame_work.h"
+#include "json_output.h"
 
 namespace qvr {
 
@@ -29,12 +31,27 @@ struct decode_options {
     std::string input;
     std::string output;
     std::optional<std::uint32_t> only_frame;
+    bool json = false;
     layout_options layout;
     run_options run;
     work_options work;
 };
 
+// The alpha plane beside a compressed frame is decoded like any other; the frame itself is not. Said once for a file.
+void tell_of_payload(const frame_job& in, std::atomic<bool>& told) {
+    const bytes_view stream = in.bitstream();
+    if (QVRUncompressed_ReadWrapCount(stream.data, static_cast<std::uint32_t>(stream.size)) > 0 &&
+        !told.exchange(true)) {
+        warn(in.place.file, in.place.spot +
+                                ": only the alpha plane is decoded; 'qvr unwrap' takes out the compressed frame "
+                                "beside it");
+    }
+}
+
 void run_decode(const decode_options& options) {
+    if (options.json) {
+        require_free_output(options.output);
+    }
     layout_request request = options.layout.resolve();
     if (container_of_output(options.output, request).name == std::string("qvr")) {
         fail_usage(options.output + ": decoding does not make a .qvr file",
@@ -45,11 +62,21 @@ void run_decode(const decode_options& options) {
     if (options.only_frame) {
         work.range.range = std::to_string(*options.only_frame);
     }
-    const auto open_input = [&] { return open_stream_input(options.input, nullptr); };
+    std::atomic<bool> payload_told{false};
+    const auto open_input = [&] {
+        return open_stream_input(options.input, [&](const frame_layout& own, const frame_job& in) {
+            tell_of_payload(in, payload_told);
+            return own;
+        });
+    };
     const work_ends ends = {"decode", input_text(options.input), open_input(),
                             open_picture_output(options.output, request), open_input};
     const work_report report = do_work(ends, work, options.run);
     say_report(ends, report, options.run, ", " + std::to_string(report.raw_bytes) + " bytes of samples");
+    if (options.json) {
+        print_result(ends.task, ends.output->name(), report.frames, report.time,
+                     {{"format", json_format(report.layout)}});
+    }
 }
 
 }  // namespace
@@ -72,6 +99,7 @@ void add_decode(command_line& to) {
     options->work.add(list);
     list.excludes("--frame", "--range");
     list.excludes("--frame", "--chunk");
+    list.flag("--json", options->json, k_json_help);
 }
 
 }  // namespace qvr

@@ -4,6 +4,7 @@
 
 #include "command.h"
 #include "frame_work.h"
+#include "json_output.h"
 
 namespace qvr {
 
@@ -33,6 +34,7 @@ struct encode_options {
     std::string output;
     bool alpha_rle = false;
     std::uint32_t slices = 0;
+    bool json = false;
     layout_options layout;
     run_options run;
     work_options work;
@@ -59,6 +61,9 @@ std::string sizes_text(std::uint64_t raw_bytes, std::uint64_t bytes) {
 }
 
 void run_encode(const encode_options& options) {
+    if (options.json) {
+        require_free_output(options.output);
+    }
     const layout_request request = options.layout.resolve();
     const compression how = make_compression(options.alpha_rle, options.slices);
     const auto open_input = [&] {
@@ -72,6 +77,10 @@ void run_encode(const encode_options& options) {
                             open_input};
     const work_report report = do_work(ends, options.work, options.run);
     say_report(ends, report, options.run, sizes_text(report.raw_bytes, ends.output->bytes_written().value_or(0)));
+    if (options.json) {
+        print_result(ends.task, ends.output->name(), report.frames, report.time,
+                     {{"bytes", ends.output->bytes_written().value_or(0)}, {"format", json_format(report.layout)}});
+    }
 }
 
 }  // namespace
@@ -97,6 +106,7 @@ void add_encode(command_line& to) {
     options->run.add(list);
     options->work.add(list);
     options->work.add_manifest(list, options->manifest);
+    list.flag("--json", options->json, k_json_help);
 }
 
 }  // namespace qvr

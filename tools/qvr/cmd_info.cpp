@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <algorithm>
-#include <cinttypes>
 #include <cstdio>
 #include <memory>
 
 #include "box_tree.h"
 #include "codec.h"
 #include "command.h"
-#include "qvr_file.h"
+#include "frame_scan.h"
+#include "frame_text.h"
+#include "json_boxes.h"
 
 namespace qvr {
 
@@ -18,199 +19,153 @@ constexpr const char* k_about = "Show what a .qvr file holds: frames, formats, b
 constexpr const char* k_more = R"(
 For each frame: what the library says of it (the order is the one that needs no reordering: a frame made from BGRA
 reads as ARGB), the payloads that are wrapped into it, and its boxes with their offsets in the file and sizes in
-bytes. Of a wrapped QCX frame the fields of its header are shown; only some compressions fill its size. '!' marks a box that is not as it should be. Frames that the library refuses are shown as far as they can
-be read; the exit code is 1 then.
+bytes. Of a wrapped QCX frame the fields of its header are shown; only some compressions fill its size. '!' marks a
+box that is not as it should be, or is unusual. Frames that the library refuses are shown as far as they can be read;
+the exit code is 1 then. 'qvr dump' shows more of the boxes, 'qvr verify' proves that a file is sound.
 
-Example:
-  qvr info photo.qvr)";
+Examples:
+  qvr info photo.qvr
+  qvr info clip.qvr --json)";
+
+constexpr std::size_t k_most_payloads = 1000;
 
 struct info_options {
     std::string input;
+    bool json = false;
 };
 
 // Everything that is known of one frame, apart from how it is shown.
 struct frame_report {
-    unsigned long long number = 0;
-    std::uint64_t offset = 0;
-    std::uint64_t size = 0;
+    const found_frame& found;
     std::optional<frame_layout> layout;
     std::vector<wrap_record> wrapped;
     box_tree tree;
+    std::optional<failure> problem;
 };
 
-const char* layout_name(std::uint32_t layout) {
-    switch (layout) {
-        case QVRUncompressed_LayoutProgressive:
-            return "progressive";
-        case QVRUncompressed_LayoutInterlaced:
-            return "interlaced";
-        default:
-            return "unknown layout";
-    }
-}
-
-const char* wrap_type_name(std::uint32_t type) {
-    switch (type) {
-        case QVRUncompressed_WrapQCX:
-            return "QCX frame";
-        case QVRUncompressed_WrapStitched:
-            return "stitched, first chunk";
-        case QVRUncompressed_WrapTile:
-            return "stitched, further chunk";
-        default:
-            return "unknown";
-    }
-}
-
-std::string payload_text(const wrapped_description& shown) {
-    std::string text = "payload " + std::to_string(shown.number) + ": " + std::to_string(shown.bytes) + " bytes";
-    if (shown.qcx) {
-        char fields[120];
-        std::snprintf(fields, sizeof fields, ", compression %u, header size %ux%u, flags 0x%02X (%s)",
-                      shown.qcx->compression, shown.qcx->width, shown.qcx->height, shown.qcx->flags,
-                      (shown.qcx->flags & 1) != 0 ? "alpha of its own" : "no alpha");
-        text += fields;
-    }
-    return text;
-}
-
-std::string box_text(const box& shown) {
-    std::string text;
-    if (shown.plane) {
-        const plane_description& plane = *shown.plane;
-        const std::string content = plane_code_text(plane.code);
-        text = "plane " + std::to_string(plane.number) + ": " + plane.code + " " +
-               (content.empty() ? "unknown code" : "(" + content + ")") + ", " + std::to_string(plane.width) + "x" +
-               std::to_string(plane.height) + ", " + layout_name(plane.layout);
-    } else if (shown.payload_plane) {
-        const std::uint64_t payload = shown.size < k_box_header ? 0 : shown.size - k_box_header;
-        text = "plane " + std::to_string(*shown.payload_plane) + ": payload of " + std::to_string(payload) + " bytes";
-    } else if (shown.wrapped) {
-        text = payload_text(*shown.wrapped);
-    }
-    if (!shown.note.empty()) {
-        text += (text.empty() ? "! " : "  ! ") + shown.note;
-    }
-    return text;
-}
-
-void print_tree(const frame_report& report) {
-    std::printf("  %-16s %14s %14s\n", "boxes", "offset", "bytes");
-    for (const box& shown : report.tree.boxes) {
-        const std::string name = std::string(2 * std::size_t{shown.depth} + 2, ' ') + shown.type;
-        const std::string text = box_text(shown);
-        std::printf("  %-16s %14" PRIu64 " %14" PRIu64 "%s%s\n", name.c_str(), report.offset + shown.offset, shown.size,
-                    text.empty() ? "" : "  ", text.c_str());
-    }
-    if (!report.tree.complete) {
-        std::printf("  (there are more boxes)\n");
+void print_format(const std::optional<frame_layout>& layout) {
+    if (layout && layout->colorComponentOrder != 0) {
+        std::printf("  format  %s\n", layout_text(*layout).c_str());
+    } else if (layout) {
+        std::printf("  format  %ux%u %s, wrapped chunks\n", layout->width, layout->height,
+                    layout_name(layout->frameLayout));
+    } else {
+        std::printf("  format  unreadable\n");
     }
 }
 
 void print_wrapped(const std::vector<wrap_record>& records) {
-    constexpr std::size_t k_most = 1000;
     std::printf("  wrapped %zu payload%s\n", records.size(), records.size() == 1 ? "" : "s");
-    for (std::size_t i = 0; i < std::min(records.size(), k_most); ++i) {
+    for (std::size_t i = 0; i < std::min(records.size(), k_most_payloads); ++i) {
         std::printf("    payload %zu: type %u (%s), %u bytes\n", i, records[i].wrapType,
                     wrap_type_name(records[i].wrapType), records[i].dataSize);
     }
-    if (records.size() > k_most) {
+    if (records.size() > k_most_payloads) {
         std::printf("    (there are more payloads)\n");
     }
 }
 
 void print_report(const frame_report& report) {
-    std::printf("frame %llu: offset %" PRIu64 ", %" PRIu64 " bytes\n", report.number, report.offset, report.size);
-    if (report.layout && report.layout->colorComponentOrder != 0) {
-        std::printf("  format  %s\n", layout_text(*report.layout).c_str());
-    } else if (report.layout) {
-        std::printf("  format  %ux%u %s, wrapped chunks\n", report.layout->width, report.layout->height,
-                    layout_name(report.layout->frameLayout));
-    } else {
-        std::printf("  format  unreadable\n");
+    const frame_reader& reader = report.found.reader;
+    if (reader.number() == 0) {
+        std::printf("%s\n", reader.place().file.c_str());
     }
+    if (report.found.broken && reader.bytes().size < k_box_header) {
+        return;  // not even a box header to show
+    }
+    print_frame_line(reader);
+    print_format(report.layout);
     print_wrapped(report.wrapped);
-    print_tree(report);
+    print_tree_head();
+    for (const box& shown : report.tree.boxes) {
+        print_box(shown, reader.offset());
+    }
+    print_tree_end(report.tree);
+}
+
+// The names of the header's constants.
+const char* json_wrap_type(std::uint32_t type) {
+    constexpr const char* k_names[] = {"QCX", "stitched", "tile"};
+    return k_names[std::clamp<std::uint32_t>(type, 1, 3) - 1];
+}
+
+json json_payloads(const frame_report& report) {
+    json payloads = json::array();
+    for (std::size_t i = 0; i < std::min(report.wrapped.size(), k_most_payloads); ++i) {
+        const wrap_record& record = report.wrapped[i];
+        payloads.push_back({{"number", i},
+                            {"type", record.wrapType},
+                            {"type_name", json_wrap_type(record.wrapType)},
+                            {"bytes", record.dataSize}});
+    }
+    return payloads;
+}
+
+json json_planes(const frame_report& report) {
+    json planes = json::array();
+    for (const box& each : report.tree.boxes) {
+        if (each.payload_plane) {
+            json plane = json_plane(plane_of(report.tree, each));
+            plane["bytes"] = each.payload_bytes();
+            planes.push_back(std::move(plane));
+        }
+    }
+    return planes;
+}
+
+void print_json_report(const frame_report& report) {
+    json document = json_frame("qvr-info/1", report.found.reader);
+    document["format"] = report.layout ? json_format(*report.layout) : json(nullptr);
+    document["planes"] = json_planes(report);
+    document["payload_count"] = report.wrapped.size();
+    document["payloads"] = json_payloads(report);
+    document["error"] = json_error(report.problem ? &*report.problem : nullptr);
+    print_json(document);
 }
 
 class inspection {
   public:
-    explicit inspection(const info_options& options) : input(options.input), reader(input), codec(1) {}
+    explicit inspection(const info_options& given) : options(given), codec(1) {}
 
     void run() {
-        std::printf("%s\n", input.name().c_str());
-        while (next_frame()) {
-            frame_report report = report_boxes();
-            try {
-                const wrapped_contents found = codec.read_wrapped(reader.bytes(), reader.place());
-                report.layout = found.layout;
-                report.wrapped = found.records;
-            } catch (const failure& problem) {
-                // One frame that cannot be read does not hide those behind it.
-                keep(problem);
-            }
-            print_report(report);
-            ++frames;
-        }
-        if (frames == 0 && !first_problem) {
-            throw failure(exit_code::data, {input.name(), {}}, "there is no frame in it: the file is empty");
-        }
-        finish_standard_output();
-        if (first_problem) {
-            throw failure(*first_problem);
-        }
+        scan_frames(options.input, {}, [this](const found_frame& found) { return inspect(found); });
     }
 
   private:
-    bool next_frame() {
-        try {
-            return reader.next();
-        } catch (const failure& problem) {
-            if (problem.code() == exit_code::data && reader.bytes().size >= k_box_header) {
-                print_report(report_boxes());
-            }
-            keep(problem);
-            return false;
-        }
-    }
-
-    frame_report report_boxes() const {
-        frame_report report;
-        report.number = reader.number();
-        report.offset = reader.offset();
-        report.size = reader.bytes().size;
-        report.tree = read_boxes(reader.bytes());
-        return report;
-    }
-
-    // The first is the tool's answer; those after it are said at once.
-    void keep(const failure& problem) {
-        if (first_problem) {
-            std::fflush(stdout);
-            std::fputs(problem.text().c_str(), stderr);
+    frame_problem inspect(const found_frame& found) {
+        frame_report report = {found, {}, {}, read_boxes(found.reader.bytes()), {}};
+        if (found.broken) {
+            report.problem = *found.broken;
         } else {
-            first_problem = problem;
+            ask_library(report);
+        }
+        (options.json ? print_json_report : print_report)(report);
+        return report.problem;
+    }
+
+    void ask_library(frame_report& report) {
+        try {
+            const frame_reader& reader = report.found.reader;
+            const wrapped_contents contents = codec.read_wrapped(reader.bytes(), reader.place());
+            report.layout = contents.layout;
+            report.wrapped = contents.records;
+        } catch (const failure& problem) {
+            report.problem = problem;
         }
     }
 
-    input_file input;
-    frame_reader reader;
+    const info_options& options;
     decoder codec;
-    unsigned long long frames = 0;
-    std::optional<failure> first_problem;
 };
-
-void run_info(const info_options& options) {
-    inspection(options).run();
-}
 
 }  // namespace
 
 void add_info(command_line& to) {
     const auto options = std::make_shared<info_options>();
-    argument_list list = to.add_command("info", k_about, [options] { run_info(*options); });
+    argument_list list = to.add_command("info", k_about, [options] { inspection(*options).run(); });
     list.explain(k_more);
     list.positional("FILE.qvr", options->input, "File to look at; '-' is standard input");
+    list.flag("--json", options->json, k_json_help);
 }
 
 }  // namespace qvr

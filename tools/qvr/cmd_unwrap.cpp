@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <cstdio>
 #include <memory>
+#include <optional>
 
 #include "codec.h"
 #include "command.h"
+#include "json_output.h"
 #include "png_file.h"
 #include "qvr_file.h"
 
@@ -23,12 +25,15 @@ frame, six digits or more, and go on with the number of the payload in it, both 
 DIR is made when there is none. All files appear in it together at the end, or none when anything is wrong; files
 of the same names are replaced, others are left alone.
 
-Example:
-  qvr unwrap out.qvr --into parts)";
+Examples:
+  qvr unwrap out.qvr --into parts
+  qvr unwrap out.qvr --into parts --frame 7)";
 
 struct unwrap_options {
     std::string input;
     std::string folder;
+    std::optional<std::uint32_t> only_frame;
+    bool json = false;
     run_options run;
 };
 
@@ -54,7 +59,11 @@ class unwrapping {
 
     void run() {
         unsigned long long frames = 0;
-        for (; reader.next(); ++frames) {
+        while (!(options.only_frame && frames > 0) && reader.next()) {
+            if (options.only_frame && *options.only_frame != reader.number()) {
+                continue;
+            }
+            ++frames;
             const wrapped_contents found = codec.read_wrapped(reader.bytes(), reader.place());
             if (!found.records.empty()) {
                 unwrap_frame(found);
@@ -72,6 +81,10 @@ class unwrapping {
         }
         if (options.run.time) {
             say(options.folder + ": unwrap: " + time_text(codec.time(), unwrapped));
+        }
+        if (options.json) {
+            print_result("unwrap", options.folder, unwrapped, codec.time(),
+                         {{"payloads", payloads}, {"payload_bytes", payload_bytes}, {"alpha_planes", planes}});
         }
     }
 
@@ -112,11 +125,17 @@ class unwrapping {
     }
 
     void require_some(unsigned long long frames) const {
+        if (frames == 0 && reader.number() > 0) {
+            throw failure(exit_code::usage, {input.name(), {}},
+                          "there is no frame " + std::to_string(*options.only_frame) + ": the file holds " +
+                              std::to_string(reader.number()) + ", counted from 0");
+        }
         if (frames == 0) {
             throw failure(exit_code::data, {input.name(), {}}, "there is no frame in it: the file is empty");
         }
         if (unwrapped == 0) {
-            throw failure(exit_code::data, {input.name(), {}}, "there are no wrapped payloads in it",
+            const location where = options.only_frame ? reader.place() : location{input.name(), {}};
+            throw failure(exit_code::data, where, "there are no wrapped payloads in it",
                           "'qvr decode' takes plain frames out; 'qvr info' shows what the file holds");
         }
     }
@@ -142,7 +161,9 @@ void add_unwrap(command_line& to) {
     list.positional("IN.qvr", options->input, "File to take apart; '-' is standard input");
     list.text("--into", options->folder, "DIR", "Folder for the files");
     list.require("--into");
+    list.number("--frame", options->only_frame, "Take apart this frame alone, counted from 0");
     options->run.add(list);
+    list.flag("--json", options->json, k_json_help);
 }
 
 }  // namespace qvr

@@ -6,6 +6,7 @@
 #include "codec.h"
 #include "command.h"
 #include "containers.h"
+#include "json_output.h"
 
 namespace qvr {
 
@@ -20,8 +21,9 @@ One of two things is wrapped, byte for byte, into one frame:
                               have the size of the compressed frame, and --interlaced must be given when that is
                               interlaced.
   --tiles CHUNK... --size     stitched chunks in the order given; what is in them is not looked at.
-The list of chunks ends at the next option or at a last word that ends in .qvr, which is OUT.qvr then. Under another
-name OUT comes before --tiles, behind another option or behind '--'.
+The list of chunks ends at the next option or at a last word that ends in .qvr, which is OUT.qvr then; a file of that
+name may be a chunk as well, and is replaced only with --force. Under another name OUT comes before --tiles, behind
+another option or behind '--'.
 OUT.qvr appears only when it is complete. '-' is standard input or output. 'qvr unwrap' takes everything out again.
 
 Examples:
@@ -36,6 +38,8 @@ struct wrap_options {
     std::string output;
     bool alpha_rle = false;
     std::uint32_t slices = 0;
+    bool force = false;
+    bool json = false;
     layout_options layout;
     run_options run;
 
@@ -69,6 +73,11 @@ void check_and_settle_output(wrap_options& options) {
     }
     options.output = options.tiles.back();
     options.tiles.pop_back();
+    std::error_code ignored;
+    if (!options.force && std::filesystem::is_regular_file(options.output, ignored)) {
+        throw failure(exit_code::usage, {options.output, {}}, "it is there already: is it OUT.qvr, or a chunk?",
+                      "OUT.qvr to be replaced stands before --tiles or behind another option, or give --force");
+    }
 }
 
 // A word too few on the command line must not cost an input.
@@ -103,6 +112,7 @@ class payload_buffer {
     }
 
     std::size_t size() const { return used; }
+    std::size_t count() const { return sizes.size(); }
 
     // Valid until the next file is read.
     std::vector<wrapped_payload> payloads() const {
@@ -161,6 +171,9 @@ std::string summary(const wrap_options& options, const frame& beside, const payl
 
 void run_wrap(wrap_options& options) {
     check_and_settle_output(options);
+    if (options.json) {
+        require_free_output(options.output);
+    }
     require_distinct(options);
     payload_buffer inputs;
     frame beside;
@@ -184,6 +197,13 @@ void run_wrap(wrap_options& options) {
     }
     if (options.run.time) {
         say(output.name() + ": wrap: " + time_text(codec.time(), 1));
+    }
+    if (options.json) {
+        print_result("wrap", output.name(), 1, codec.time(),
+                     {{"bytes", made.size},
+                      {"payloads", inputs.count()},
+                      {"payload_bytes", inputs.size()},
+                      {"format", json_format(beside.layout)}});
     }
 }
 
@@ -210,6 +230,8 @@ void add_wrap(command_line& to) {
     list.needs("--alpha-rle", "--qcx");
     list.needs("--slices", "--alpha-rle");
     options->run.add(list);
+    list.flag("--force", options->force, "Replace OUT.qvr even when it stands behind chunks and may be one of them");
+    list.flag("--json", options->json, k_json_help);
 }
 
 }  // namespace qvr

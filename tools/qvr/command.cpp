@@ -129,7 +129,9 @@ void say(const std::string& line) {
 
 void finish_standard_output() {
     if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
-        throw failure(exit_code::io, {"standard output", {}}, std::string("cannot write it: ") + std::strerror(errno));
+        const int reason = errno;
+        throw failure(exit_code::io, {"standard output", {}}, std::string("cannot write it: ") + std::strerror(reason),
+                      system_hint(reason));
     }
 }
 

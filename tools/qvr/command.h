@@ -16,6 +16,8 @@ void add_decode(command_line& to);
 void add_wrap(command_line& to);
 void add_unwrap(command_line& to);
 void add_info(command_line& to);
+void add_dump(command_line& to);
+void add_verify(command_line& to);
 void add_formats(command_line& to);
 void add_convert(command_line& to);
 void add_join(command_line& to);

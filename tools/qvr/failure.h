@@ -26,6 +26,7 @@ class failure : public std::runtime_error {
     failure(exit_code code, location where, const std::string& what, std::string hint = {});
 
     exit_code code() const { return ends_with; }
+    const std::string& hint() const { return advice; }
     // The complete text for standard error, hint included, with a line feed at the end.
     std::string text() const;
 
@@ -34,6 +35,9 @@ class failure : public std::runtime_error {
     location place;
     std::string advice;
 };
+
+// What can be done about an error of the system, by its number; may be empty.
+std::string system_hint(int error);
 
 // "qvr: warning: FILE: WHAT" on standard error.
 void warn(const std::string& file, const std::string& what);

@@ -45,8 +45,9 @@ input_file::input_file(const std::string& path) : shown_name(path == "-" ? "stan
     }
     descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) {
+        const int reason = errno;
         throw failure(exit_code::io, {shown_name, {}},
-                      std::string("cannot open it for reading: ") + std::strerror(errno));
+                      std::string("cannot open it for reading: ") + std::strerror(reason), system_hint(reason));
     }
     owned = true;
 }
@@ -65,7 +66,9 @@ std::size_t input_file::read_from_system(std::uint8_t* to, std::size_t count) {
             continue;
         }
         if (n < 0) {
-            throw failure(exit_code::io, {shown_name, {}}, std::string("cannot read it: ") + std::strerror(errno));
+            const int reason = errno;
+            throw failure(exit_code::io, {shown_name, {}}, std::string("cannot read it: ") + std::strerror(reason),
+                          system_hint(reason));
         }
         if (n == 0) {
             break;

@@ -22,6 +22,7 @@ constexpr const char* k_more = R"(
 Try:
   qvr encode photo.png photo.qvr --alpha-rle     a picture into a .qvr file
   qvr info photo.qvr                             what is in it
+  qvr verify photo.qvr                           a proof that it is sound
   qvr decode photo.qvr back.png                  and out of it again
   qvr formats                                    the sample formats and their names
   qvr wrap --help                                compressed frames carried beside alpha, stitched chunks
@@ -56,6 +57,8 @@ void run(int argc, char** argv) {
     qvr::add_wrap(line);
     qvr::add_unwrap(line);
     qvr::add_info(line);
+    qvr::add_dump(line);
+    qvr::add_verify(line);
     qvr::add_formats(line);
     line.run(argc, argv);
 }

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "manifest_check.h"
 
+#include <utility>
+
+#include "status_line.h"
+
 namespace qvr {
 
 checked_reader::checked_reader(const std::string& path, const std::optional<std::string>& manifest_path)
@@ -46,29 +50,37 @@ void checked_reader::compare(const std::optional<manifest_frame>& listed) {
     }
 }
 
-manifest_result check_manifest(const std::string& path, const std::string& manifest_path,
-                               const std::function<void(const failure&)>& report) {
+unsigned long long say_what_is_not_listed(const std::string& path, const std::string& manifest_path) {
+    if (path == "-") {
+        fail_usage("--manifest needs a file: standard input cannot be read twice", "name the file");
+    }
     checked_reader reader(path, manifest_path);
-    manifest_result result;
+    unsigned long long bad = 0;
     std::string last_words;
     for (bool more = true; more;) {
         try {
             more = reader.next();
-            result.frames += more ? 1 : 0;
         } catch (const failure& problem) {
             if (problem.code() != exit_code::data) {
                 throw;
             }
             // The same again: nothing can be found behind it.
-            more = problem.text() != last_words;
+            more = problem.text() != std::exchange(last_words, problem.text());
             if (more) {
-                last_words = problem.text();
-                ++result.bad;
-                report(problem);
+                ++bad;
+                print_message(problem.text());
             }
         }
     }
-    return result;
+    return bad;
+}
+
+void require_listed(const std::string& name, unsigned long long bad) {
+    if (bad > 0) {
+        throw failure(exit_code::data, {name, {}},
+                      std::to_string(bad) + (bad == 1 ? " frame is" : " frames are") + " not as the manifest says",
+                      "the messages above say which");
+    }
 }
 
 }  // namespace qvr

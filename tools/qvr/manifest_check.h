@@ -3,7 +3,6 @@
 // A .qvr file held against its manifest.
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <string>
 
@@ -41,13 +40,10 @@ class checked_reader {
     unsigned long long current = 0;
 };
 
-struct manifest_result {
-    unsigned long long frames = 0;  // that are as the manifest says
-    unsigned long long bad = 0;
-};
+// Reads all of the file, says on standard error which frames are not as the manifest says, and returns how many.
+unsigned long long say_what_is_not_listed(const std::string& path, const std::string& manifest_path);
 
-// Reads all of the file. report is called for each frame that is not as the manifest says.
-manifest_result check_manifest(const std::string& path, const std::string& manifest_path,
-                               const std::function<void(const failure&)>& report);
+// A data failure when there are any.
+void require_listed(const std::string& name, unsigned long long bad);
 
 }  // namespace qvr

@@ -35,7 +35,7 @@ output_file::output_file(const std::string& path, const std::string& called, inc
     struct stat status = {};
     const bool exists = path != "-" && stat(path.c_str(), &status) == 0;
     if (exists && S_ISDIR(status.st_mode)) {
-        throw failure(exit_code::io, {shown_name, {}}, "cannot write it: it is a directory");
+        throw failure(exit_code::io, {shown_name, {}}, "cannot write it: it is a directory", system_hint(EISDIR));
     }
     if (becomes_kept && (path == "-" || (exists && !S_ISREG(status.st_mode)))) {
         throw failure(exit_code::usage, {shown_name, {}}, "--resume needs a file: nothing is kept of a pipe or device",
@@ -162,10 +162,9 @@ output_file::~output_file() {
 
 void output_file::fail(const std::string& what) const {
     const int reason = errno;
-    const char* hint = becomes_kept
-                           ? "make room and give the same command again: it goes on behind the last whole frame"
-                           : "make room or write to another disk; nothing incomplete was left behind";
-    throw failure(exit_code::io, {shown_name, {}}, what + ": " + std::strerror(reason), reason == ENOSPC ? hint : "");
+    const char* kept_hint = "make room and give the same command again: it goes on behind the last whole frame";
+    throw failure(exit_code::io, {shown_name, {}}, what + ": " + std::strerror(reason),
+                  becomes_kept && reason == ENOSPC ? kept_hint : system_hint(reason));
 }
 
 void output_file::write(const std::uint8_t* from, std::size_t count) {

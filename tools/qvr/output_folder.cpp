@@ -32,7 +32,8 @@ output_folder::output_folder(const std::string& path) : target(without_last_slas
     struct stat status = {};
     exists = stat(target.c_str(), &status) == 0;
     if (exists && !S_ISDIR(status.st_mode)) {
-        throw failure(exit_code::io, {target, {}}, "cannot write into it: it is not a directory");
+        throw failure(exit_code::io, {target, {}}, "cannot write into it: it is not a directory",
+                      "give --into a folder, or a name that nothing has yet");
     }
     // Inside a folder that is there, since it may be a file system of its own, which nothing can be moved into.
     const std::string stem = target + (exists ? "/.part-" : ".part-") + std::to_string(getpid()) + "-";
@@ -56,7 +57,8 @@ output_folder::~output_folder() {
 }
 
 void output_folder::fail(const std::string& path, const std::string& what) {
-    throw failure(exit_code::io, {path, {}}, what + ": " + std::strerror(errno));
+    const int reason = errno;
+    throw failure(exit_code::io, {path, {}}, what + ": " + std::strerror(reason), system_hint(reason));
 }
 
 std::string output_folder::place(const std::string& name) {
@@ -70,7 +72,8 @@ void output_folder::move_files() {
     // Looked at before the first file is moved, so that none is when one cannot be.
     for (const std::string& name : names) {
         if (is_folder(shown(name))) {
-            throw failure(exit_code::io, {shown(name), {}}, "cannot write it: it is a directory");
+            throw failure(exit_code::io, {shown(name), {}}, "cannot write it: it is a directory",
+                          "move it away, or give --into another folder");
         }
     }
     for (const std::string& name : names) {
