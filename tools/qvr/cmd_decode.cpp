@@ -12,20 +12,25 @@ namespace qvr {
 
 namespace {
 
-constexpr const char* k_about = "Decode a .qvr file to a PNG picture or raw frames";
+constexpr const char* k_about = "Decode a .qvr file to pictures, a Y4M file or raw frames";
 
 constexpr const char* k_more = R"(
-OUT that ends in .png becomes a PNG picture: RGBA when the frame has alpha, RGB when it has none, grey for a lone
-alpha plane. Frames of other orders and types are decoded to raw frames. Any other OUT gets the raw samples of all
-frames one after the other, in the layout that 'qvr info' shows or in the one asked for; any order that holds the
-same kind of samples will do (for example BGRA for a frame made from RGBA). No colour is ever converted.
+The name of OUT says what it becomes: .png, .pam, .ppm, .pgm or .exr a picture (RGBA when the frame has alpha, RGB
+when it has none, grey for a lone alpha plane), .y4m a Y4M file. A name with a number in it, as in frame.%04d.png,
+stands for a file for each frame; each appears as soon as it is complete. Any other OUT gets the raw samples of all
+frames one after the other, in the layout that 'qvr info' shows, in the one that its name says (clip.yuy2), or in the
+one asked for; any order that holds the same kind of samples will do (for example BGRA for a frame made from RGBA).
+No colour is ever converted and no sample changed: what OUT cannot hold is refused. 'qvr formats' lists what each kind
+of file keeps. What is lost besides is said in a warning; --strict refuses instead.
 OUT appears only when it is complete. '-' is standard input or output.
 
 Examples:
   qvr decode photo.qvr photo.png
+  qvr decode clip.qvr clip.y4m --rate 30000:1001
+  qvr decode clip.qvr frames/frame.%04d.png --start 1
   qvr decode clip.qvr clip.yuv --order YUY2
   qvr decode clip.qvr frame7.raw --frame 7
-  qvr decode clip.qvr - --order v210 | playout)";
+  qvr decode clip.qvr - --format v210 | playout)";
 
 struct decode_options {
     std::string input;
@@ -86,7 +91,7 @@ void add_decode(command_line& to) {
     argument_list list = to.add_command("decode", k_about, [options] { run_decode(*options); });
     list.explain(k_more);
     list.positional("IN.qvr", options->input, "File to decode; '-' is standard input");
-    list.positional("OUT", options->output, "NAME.png, or raw frames; '-' is standard output");
+    list.positional("OUT", options->output, "Picture, Y4M file, sequence or raw frames; '-' is standard output");
     list.number("--frame", options->only_frame, "Decode this frame alone, counted from 0");
     options->layout.add_format(list, "Order of the samples to write, by number or name; default: the frame's own",
                                "Type of the samples to write, by number or name; default: the frame's own");

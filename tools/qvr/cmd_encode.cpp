@@ -10,23 +10,27 @@ namespace qvr {
 
 namespace {
 
-constexpr const char* k_about = "Encode a PNG picture or raw frames to a .qvr file";
+constexpr const char* k_about = "Encode pictures, Y4M files or raw frames to a .qvr file";
 
 constexpr const char* k_more = R"(
-IN is a PNG (8 or 16 bits; grey, palette, RGB, with or without alpha) or, when --size is given, raw frames
-one after the other. OUT.qvr appears only when all frames are in it. '-' is standard input or output.
+IN is a PNG, PAM, PPM, PGM or OpenEXR picture, a Y4M file, a numbered sequence of files as in frame.%04d.png or, when
+--size is given, raw frames one after the other. OUT.qvr appears only when all frames are in it. '-' is standard
+input or output. 'qvr formats' lists the kinds of files and what each keeps.
 
-A PNG becomes RGBA when it has alpha and RGB when it has none; --order can ask for ARGB, BGRA, RGB, BGR, RGBA,
-ABGR or Alpha (the alpha channel alone, or the grey of a grey PNG). No colour is ever converted, and the type
-follows the PNG's depth: U8 or U16. Colour profile, gamma and texts of the PNG are not part of a frame.
+A picture becomes RGBA when it has alpha and RGB when it has none; --order can ask for ARGB, BGRA, RGB, BGR, RGBA,
+ABGR or Alpha (the alpha channel alone, or the grey of a grey picture, which PAM and PGM become by themselves). No
+colour is ever converted, and the type follows the picture's depth. Colour profile, gamma and texts are not part of a
+frame. Y4M becomes I420, UYVY, YUV444, YUVA444 or Alpha.
 
-Only types U8 and U16 store alpha. With any other type the alpha of an order that has it is left out, and a
-warning says so.
+Only types U8 and U16 store alpha. With any other type the alpha of an order that has it is left out. What is lost is
+said in a warning; --strict refuses instead.
 
 Examples:
   qvr encode photo.png photo.qvr --alpha-rle
-  qvr encode clip.yuv clip.qvr --size 1920x1080 --order UYVY --type U8
-  qvr encode clip.v210 clip.qvr --size 1920x1080 --order v210 --interlaced
+  qvr encode clip.y4m clip.qvr
+  qvr encode shot/frame.%04d.exr shot.qvr --start 1001
+  qvr encode clip.yuv clip.qvr --size 1920x1080 --format UYVY
+  qvr encode clip.v210 clip.qvr --size 1920x1080 --interlaced
   capture | qvr encode - clip.qvr --size 1280x720 --order I420 --type U8)";
 
 struct encode_options {
@@ -89,7 +93,7 @@ void add_encode(command_line& to) {
     const auto options = std::make_shared<encode_options>();
     argument_list list = to.add_command("encode", k_about, [options] { run_encode(*options); });
     list.explain(k_more);
-    list.positional("IN", options->input, "PNG picture or raw frames; '-' is standard input");
+    list.positional("IN", options->input, "Picture, Y4M file, sequence or raw frames; '-' is standard input");
     list.positional("OUT.qvr", options->output, "File to write; '-' is standard output");
     list.flag("--alpha-rle", options->alpha_rle, "Code the alpha plane by run lengths");
     list.number("--slices", options->slices,

@@ -84,7 +84,8 @@ void lose_alpha(const frame_layout& from, const frame_layout& to, const location
     const order_info* old_order = find_order(from.colorComponentOrder);
     const order_info* new_order = find_order(to.colorComponentOrder);
     if (old_order && new_order && old_order->alpha && !new_order->alpha) {
-        losses.lose(where, std::string("alpha is left out: order ") + new_order->name + " has none");
+        losses.lose(where, std::string("alpha is left out: order ") + new_order->name + " has none",
+                    "write to a kind of file, or ask for an order, that keeps it");
     }
 }
 
@@ -100,7 +101,7 @@ void lose_rate(const std::optional<frame_rate>& rate, const location& where, los
     // The default of --rate brings the usual one back.
     if (rate && !(*rate == frame_rate())) {
         const std::string text = std::to_string(rate->frames) + ":" + std::to_string(rate->seconds);
-        losses.lose(where, "its frame rate of " + text + " is left out", "to get it back, decode with --rate " + text);
+        losses.lose(where, "its frame rate is left out; to get it back, decode with --rate " + text);
     }
 }
 

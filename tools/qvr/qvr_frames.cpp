@@ -50,7 +50,8 @@ class qvr_source : public frame_source {
             return true;
         }
         if (first) {
-            throw failure(exit_code::data, {file->name(), {}}, "there is no frame in it: the file is empty");
+            throw failure(exit_code::data, {file->name(), {}}, "there is no frame in it: the file is empty",
+                          "what was to write it has failed, or is not done yet");
         }
         return false;
     }

@@ -2,11 +2,10 @@
 //
 // Y4M files: a line that describes the frames, and then each frame as a line "FRAME" and its planes.
 #include <algorithm>
-#include <charconv>
-#include <system_error>
 #include <utility>
 
 #include "container_files.h"
+#include "y4m_header.h"
 #include "y4m_planes.h"
 
 namespace qvr {
@@ -18,193 +17,6 @@ constexpr const char* k_frame = "FRAME";
 constexpr const char* k_damaged = "the file is damaged or was cut short";
 constexpr std::size_t k_most_line = 10000;
 
-// Depths of samples that have a type of their own.
-struct depth_row {
-    unsigned depth;
-    std::uint32_t type;
-};
-
-constexpr depth_row k_depths[] = {
-    {8, QVRUncompressed_TypeU8},
-    {10, QVRUncompressed_TypeU10},
-    {12, QVRUncompressed_TypeU12},
-    {16, QVRUncompressed_TypeU16},
-};
-
-std::uint32_t type_of_depth(unsigned depth) {
-    for (const depth_row& row : k_depths) {
-        if (row.depth == depth) {
-            return row.type;
-        }
-    }
-    return QVRUncompressed_TypeU16;
-}
-
-// 0 for types that are none of the table's.
-unsigned depth_of(std::uint32_t type) {
-    for (const depth_row& row : k_depths) {
-        if (row.type == type) {
-            return row.depth;
-        }
-    }
-    return 0;
-}
-
-std::optional<std::uint32_t> as_number(const std::string& text) {
-    std::uint32_t value = 0;
-    const char* end = text.data() + text.size();
-    const auto read = std::from_chars(text.data(), end, value);
-    return read.ec == std::errc() && read.ptr == end ? std::optional<std::uint32_t>(value) : std::nullopt;
-}
-
-// "30000:1001"
-std::optional<frame_rate> as_ratio(const std::string& text) {
-    const std::size_t colon = std::min(text.find(':'), text.size());
-    const std::optional<std::uint32_t> first = as_number(text.substr(0, colon));
-    const std::optional<std::uint32_t> second = as_number(text.substr(std::min(colon + 1, text.size())));
-    return first && second ? std::optional<frame_rate>({*first, *second}) : std::nullopt;
-}
-
-// What the first line says.
-struct y4m_header {
-    frame_layout layout = empty_layout();
-    unsigned depth = 8;
-    std::optional<frame_rate> rate;
-    std::vector<std::string> left_out;
-};
-
-class header_parser {
-  public:
-    explicit header_parser(std::string of) : file(std::move(of)) {}
-
-    y4m_header parse(const std::string& line) {
-        std::string sampling = "420";
-        for (std::size_t at = line.find(' '); at < line.size();) {
-            const std::size_t end = std::min(line.find(' ', at + 1), line.size());
-            if (end > at + 1) {
-                parameter(line[at + 1], line.substr(at + 2, end - at - 2), sampling);
-            }
-            at = end;
-        }
-        if (made.layout.width == 0 || made.layout.height == 0) {
-            throw failure(exit_code::data, {file, {}}, "its first line gives no size", k_damaged);
-        }
-        set_sampling(sampling);
-        return made;
-    }
-
-  private:
-    [[noreturn]] void fail(char key, const std::string& value) const {
-        throw failure(exit_code::data, {file, {}},
-                      std::string("its first line has '") + key + value.substr(0, 40) + "', which makes no sense",
-                      k_damaged);
-    }
-
-    void parameter(char key, const std::string& value, std::string& sampling) {
-        switch (key) {
-            case 'W':
-                made.layout.width = dimension(key, value);
-                break;
-            case 'H':
-                made.layout.height = dimension(key, value);
-                break;
-            case 'F':
-                set_rate(value);
-                break;
-            case 'I':
-                set_interlacing(value);
-                break;
-            case 'A':
-                set_aspect(value);
-                break;
-            case 'C':
-                sampling = value;
-                break;
-            default:
-                break;  // comments and what other programs add
-        }
-    }
-
-    std::uint32_t dimension(char key, const std::string& value) const {
-        const std::optional<std::uint32_t> number = as_number(value);
-        if (!number || *number == 0) {
-            fail(key, value);
-        }
-        return *number;
-    }
-
-    // 0:0 stands for unknown.
-    void set_rate(const std::string& value) {
-        const std::optional<frame_rate> ratio = as_ratio(value);
-        if (!ratio) {
-            fail('F', value);
-        }
-        if (ratio->frames != 0 && ratio->seconds != 0) {
-            made.rate = ratio;
-        }
-    }
-
-    void set_aspect(const std::string& value) {
-        const std::optional<frame_rate> ratio = as_ratio(value);
-        if (!ratio) {
-            fail('A', value);
-        }
-        if (ratio->frames != ratio->seconds) {
-            made.left_out.push_back("its pixel aspect of " + value + " is left out");
-        }
-    }
-
-    void set_interlacing(const std::string& value) {
-        if (value != "p" && value != "?" && value != "t" && value != "b" && value != "m") {
-            fail('I', value);
-        }
-        if (value == "b") {
-            made.left_out.push_back("that the bottom field comes first is left out");
-        }
-        if (value == "m") {
-            made.left_out.push_back("which of its frames are interlaced is left out: all are marked so");
-        }
-        made.layout.frameLayout =
-            value == "p" || value == "?" ? QVRUncompressed_LayoutProgressive : QVRUncompressed_LayoutInterlaced;
-    }
-
-    void set_sampling(const std::string& value) {
-        for (const y4m_kind& kind : all_y4m_kinds()) {
-            const std::string deep = std::string(kind.tag) + (kind.depth_mark ? kind.depth_mark : "");
-            const bool siting =
-                kind.order == QVRUncompressed_OrderPlanar420 && (value == "420mpeg2" || value == "420paldv");
-            const bool is_8_bit = value == kind.tag || value == kind.tag_8_bit || siting;
-            const std::optional<std::uint32_t> depth = kind.depth_mark && value.compare(0, deep.size(), deep) == 0
-                                                           ? as_number(value.substr(deep.size()))
-                                                           : std::nullopt;
-            if (is_8_bit || (depth && *depth >= 8 && *depth <= 16)) {
-                made.layout.colorComponentOrder = kind.order;
-                set_depth(is_8_bit ? 8 : *depth);
-                return;
-            }
-        }
-        throw failure(exit_code::usage, {file, {}},
-                      "its samples are arranged as C" + value.substr(0, 40) +
-                          ", which no frame can hold: colours are never resampled",
-                      "write it as 4:2:0, 4:2:2, 4:4:4, 4:4:4 with alpha or mono with another program");
-    }
-
-    // Of depths without a type of their own the samples become 16-bit ones.
-    void set_depth(unsigned depth) {
-        made.depth = depth;
-        const std::uint32_t own = type_of_depth(depth);
-        const bool fits = is_supported(made.layout.colorComponentOrder, own);
-        made.layout.componentType = fits ? own : std::uint32_t{QVRUncompressed_TypeU16};
-        if (depth != 16 && made.layout.componentType == QVRUncompressed_TypeU16) {
-            made.left_out.push_back("that its samples have " + std::to_string(depth) +
-                                    " bits is left out: they become the top bits of 16-bit ones");
-        }
-    }
-
-    std::string file;
-    y4m_header made;
-};
-
 class y4m_source : public frame_source {
   public:
     y4m_source(std::unique_ptr<input_file> from, const layout_request& request)
@@ -214,7 +26,7 @@ class y4m_source : public frame_source {
             throw failure(exit_code::data, place, std::string("this is no Y4M file: it does not begin with ") + k_magic,
                           k_damaged);
         }
-        head = header_parser(file->name()).parse(line);
+        head = parse_y4m_header(line, file->name());
         require_same_format(request);
         for (const std::string& loss : head.left_out) {
             request.losses->lose(place, loss);
@@ -222,6 +34,7 @@ class y4m_source : public frame_source {
         if (request.interlaced) {
             head.layout.frameLayout = QVRUncompressed_LayoutInterlaced;
         }
+        require_pairs(head.layout, place);
         require_raw_size(head.layout, exit_code::data, place);
         for (const y4m_plane& plane : y4m_planes(head.layout)) {
             frame_bytes += plane.width * plane.height * (head.depth == 8 ? 1 : 2);
@@ -287,7 +100,7 @@ class y4m_source : public frame_source {
         std::string line;
         if (!read_line(line)) {
             if (count == 0) {
-                throw failure(exit_code::data, {file->name(), {}}, "there is no frame in it");
+                throw failure(exit_code::data, {file->name(), {}}, "there is no frame in it", k_damaged);
             }
             return false;
         }
@@ -352,13 +165,14 @@ class y4m_sink : public frame_sink {
         layout.componentType =
             request.format.type.value_or(packed ? std::uint32_t{QVRUncompressed_TypeU10} : own.componentType);
         const y4m_kind* kind = find_kind(layout.colorComponentOrder);
-        const unsigned depth = depth_of(layout.componentType);
+        const unsigned depth = y4m_depth(layout.componentType);
         if (!kind || depth == 0 || (depth != 8 && !kind->depth_mark)) {
             throw failure(exit_code::usage, {file.name(), {}},
                           "order " + order_text(layout.colorComponentOrder) + " with type " +
                               type_text(layout.componentType) + " cannot be kept in a Y4M file",
                           "it takes I420, UYVY, YUV444 and Alpha of 8, 10, 12 and 16 bits, and YUVA444 of 8 bits");
         }
+        require_pairs(layout, where);
         lose_alpha(own, layout, {file.name(), {}}, *request.losses);
         return layout;
     }
@@ -377,7 +191,7 @@ class y4m_sink : public frame_sink {
                 "the frames change here to " + layout_text(from.layout) + ", but all frames of a Y4M file are alike",
                 "take the parts out one by one, or write raw frames");
         }
-        const unsigned depth = depth_of(from.layout.componentType);
+        const unsigned depth = y4m_depth(from.layout.componentType);
         planar.resize(std::max(planar.size(), from.bytes));
         to_y4m(from.layout, depth, from.samples.data(), planar.data());
         write_text(std::string(k_frame) + "\n");
@@ -413,15 +227,15 @@ class y4m_sink : public frame_sink {
 
     std::uint32_t natural_order(const frame_layout& own, const location& where) const {
         const order_info* order = find_order(own.colorComponentOrder);
-        const std::string chroma = order ? order->subsampling : "";
-        const bool colours = order && *order->channels != '\0';
+        const bool colours = !order || *order->channels != '\0';
+        const std::string chroma = colours ? "" : order->subsampling;
         if (chroma == "4:2:0") {
             return QVRUncompressed_OrderPlanar420;
         }
         if (chroma == "4:2:2") {
             return QVRUncompressed_OrderCbYCrY;
         }
-        if (chroma == "4:4:4" && !colours) {
+        if (!colours && chroma == "4:4:4") {
             const bool alpha = order->alpha && own.componentType == QVRUncompressed_TypeU8;
             return std::uint32_t{alpha ? QVRUncompressed_OrderYCbCrA444 : QVRUncompressed_OrderYCbCr444};
         }
@@ -436,7 +250,7 @@ class y4m_sink : public frame_sink {
 
     std::string header_of(const frame_layout& layout) const {
         const y4m_kind& kind = *find_kind(layout.colorComponentOrder);
-        const unsigned depth = depth_of(layout.componentType);
+        const unsigned depth = y4m_depth(layout.componentType);
         const frame_rate rate = request.rate.value_or(frame_rate());
         const std::string sampling =
             depth == 8 ? kind.tag_8_bit : std::string(kind.tag) + kind.depth_mark + std::to_string(depth);
