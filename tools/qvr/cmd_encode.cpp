@@ -31,6 +31,7 @@ Examples:
   qvr encode shot/frame.%04d.exr shot.qvr --start 1001
   qvr encode clip.yuv clip.qvr --size 1920x1080 --format UYVY
   qvr encode clip.v210 clip.qvr --size 1920x1080 --interlaced
+  qvr encode long.yuv long.qvr --size 1920x1080 --format UYVY --resume -j 8
   capture | qvr encode - clip.qvr --size 1280x720 --order I420 --type U8)";
 
 struct encode_options {

@@ -111,7 +111,10 @@ layout_request layout_options::resolve() const {
 
 void run_options::add(argument_list& to, bool timed) {
     constexpr std::uint32_t k_most_threads = 1024;
-    to.number("--threads", threads, "Threads of the codec; 0 or not given: one for each processor", k_most_threads);
+    to.number("--threads", threads,
+              "Threads of the codec within a frame; 0 or not given: one for each processor,\n"
+              "or what -j leaves of them",
+              k_most_threads);
     if (timed) {
         to.flag("--time", time, "Print how fast the codec calls were, files and PNG not counted");
     }

@@ -144,8 +144,8 @@ class frame_work {
             throw failure(
                 exit_code::usage, {ends.input_name, {}},
                 std::string("the file holds more than one frame, but ") + output.holds_one_frame() + " holds only one",
-                "choose one with --range N, counted from 0, or write a numbered sequence: name OUT like "
-                "frame.%04d.png");
+                "write a numbered sequence: name OUT like frame.%04d.png, or choose one with --range N, counted from "
+                "0");
         }
         return true;
     }

@@ -82,8 +82,9 @@ class stream_input : public frame_input {
     void unpack(unsigned worker, frame_job& in, const layout_choice& wanted) override {
         decoder& codec = decoders[worker];
         const frame_layout own = codec.read_layout(in.bitstream(), in.place);
+        const frame_layout described = describe ? describe(own, in) : own;
         refuse_chunks(own, in.place);
-        in.picture.layout = wanted(describe ? describe(own, in) : own, in.place);
+        in.picture.layout = wanted(described, in.place);
         codec.decode(in.bitstream(), in.picture, in.place);
     }
 
@@ -95,7 +96,8 @@ class stream_input : public frame_input {
             return true;
         }
         if (reader.offset() == 0) {
-            throw failure(exit_code::data, {file.name(), {}}, "there is no frame in it: the file is empty");
+            throw failure(exit_code::data, {file.name(), {}}, "there is no frame in it: the file is empty",
+                          "what was to write it has failed, or is not done yet");
         }
         return false;
     }
