@@ -119,7 +119,7 @@ TEST(convert, several_frames_do_not_go_into_one_picture) {
     const scratch_folder folder;
     make_rgb_clip(folder, "clip.qvr", 2);
     expect_failure(folder, {"convert", "clip.qvr", "a.png"}, 2,
-                   "clip.qvr: it holds more than one frame, but OUT takes only one",
+                   "clip.qvr: the file holds more than one frame, but a PNG holds only one",
                    "write a numbered sequence: name OUT like frame.%04d.png");
 }
 

@@ -88,7 +88,9 @@ TEST(exit_codes, wrong_usage) {
     expect_all({
         {{}, 2, "qvr: "},
         {{"transmogrify"}, 2, "qvr: "},
-        {{"encode", "clip.raw", "a.qvr"}, 2, "qvr: clip.raw: this is not a PNG, and raw frames need --size\nhint: "},
+        {{"encode", "clip.raw", "a.qvr"},
+         2,
+         "qvr: clip.raw: this is no picture or clip that can be told by its first bytes, and raw frames need --size\n"},
         {{"encode", "clip.raw", "a.qvr", "--size", "3x2", "--order", "UYVY", "--type", "U8"}, 2, "qvr: clip.raw: "},
         {{"decode", "clip.qvr", "a.raw", "--order", "UYVY"}, 2, "qvr: clip.qvr: frame 0 at offset 0: cannot decode: "},
         {{"decode", "clip.qvr", "a.raw", "--frame", "2"}, 2, "qvr: clip.qvr: there is no frame 2: the file holds 2"},

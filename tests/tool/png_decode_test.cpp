@@ -127,7 +127,7 @@ TEST(png_decode, a_png_holds_one_frame_and_the_file_may_hold_more) {
     EXPECT_EQ(all.code, 2);
     EXPECT_TRUE(holds(all.err,
                       "clip.qvr: the file holds more than one frame, but a PNG holds only one\n"
-                      "hint: choose one with --frame N, counted from 0"))
+                      "hint: write a numbered sequence: name OUT like frame.%04d.png, or choose one with --range N"))
         << all.err;
     EXPECT_FALSE(folder.has("back.png"));
     EXPECT_EQ(folder.qvr({"decode", "clip.qvr", "back.png", "--frame", "2"}).code, 0);

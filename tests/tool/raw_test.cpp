@@ -198,7 +198,10 @@ TEST(raw, an_empty_file_holds_no_frame) {
     EXPECT_EQ(made.err, "qvr: clip.raw: there is no frame in it: the file is empty\n");
     const outcome back = folder.qvr({"decode", "clip.raw", "a.raw"});
     EXPECT_EQ(back.code, 1);
-    EXPECT_EQ(back.err, "qvr: clip.raw: there is no frame in it: the file is empty\n");
+    EXPECT_EQ(back.err,
+              "qvr: clip.raw: there is no frame in it: the file is empty\nhint: "
+              "what was to write it has failed, or is not done yet"
+              "\n");
     EXPECT_EQ(folder.names(), std::vector<std::string>{"clip.raw"});
 }
 

@@ -85,6 +85,10 @@ void argument_list::positional(const char* name, std::string& to, const char* he
     command->app->add_option(name, to, help)->required()->type_name("");
 }
 
+void argument_list::positionals(const char* name, std::vector<std::string>& to, const char* help) {
+    command->app->add_option(name, to, help)->required()->type_name("");
+}
+
 void argument_list::optional_positional(const char* name, std::string& to, const char* help) {
     command->app->add_option(name, to, help)->type_name("");
 }

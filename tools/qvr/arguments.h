@@ -26,6 +26,8 @@ class argument_list {
     // Text below the list of options.
     void explain(const char* text);
     void positional(const char* name, std::string& to, const char* help);
+    // One or more words.
+    void positionals(const char* name, std::vector<std::string>& to, const char* help);
     // One that may be left out, because only the command can say whether it is there.
     void optional_positional(const char* name, std::string& to, const char* help);
     void text(const char* name, std::string& to, const char* value_name, const char* help);

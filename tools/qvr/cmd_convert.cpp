@@ -2,10 +2,11 @@
 #include <filesystem>
 #include <memory>
 
-#include "codec.h"
 #include "command.h"
+#include "container_files.h"
 #include "containers.h"
-#include "relayout.h"
+#include "frame_work.h"
+#include "sequence.h"
 
 namespace qvr {
 
@@ -40,6 +41,8 @@ struct convert_options {
     bool alpha_rle = false;
     std::uint32_t slices = 0;
     run_options run;
+    work_options work;
+    std::string manifest;
 };
 
 void require_distinct(const convert_options& options) {
@@ -50,61 +53,69 @@ void require_distinct(const convert_options& options) {
     }
 }
 
-class converting {
-  public:
-    explicit converting(const convert_options& given) : options(given), layouts(given.run.threads) {
-        layout_request from = options.in.resolve();
-        from.threads = options.run.threads;
-        source = open_source(options.input, from, "--size 1920x1080 --format UYVY");
-        layout_request to = options.out.resolve();
-        to.threads = options.run.threads;
-        to.how = make_compression(options.alpha_rle, options.slices);
-        keep_rate(to);
-        sink = open_sink(options.output, to);
-    }
+constexpr const char* k_raw_example = "--size 1920x1080 --format UYVY";
 
-    void run() {
-        frame current;
-        unsigned long long frames = 0;
-        frame_layout written = empty_layout();
-        while (source->next(current)) {
-            const location where = source->last_place();
-            if (frames == 1 && sink->holds_one_frame()) {
-                throw failure(exit_code::usage, {where.file, {}},
-                              "it holds more than one frame, but OUT takes only one",
-                              "write a numbered sequence: name OUT like frame.%04d.png");
-            }
-            written = sink->wanted(current.layout, where);
-            sink->put(layouts.into(written, current, where));
-            ++frames;
-        }
-        sink->commit();
-        if (!options.run.quiet) {
-            const std::string name = options.output == "-" ? "standard output" : options.output;
-            say(name + ": " + std::to_string(frames) + (frames == 1 ? " frame, " : " frames, ") + layout_text(written));
-        }
-    }
+bool is_qvr(const container& kind) {
+    return kind.name == std::string("qvr");
+}
 
-  private:
-    // The rate goes from file to file where both can say one.
-    void keep_rate(layout_request& to) const {
-        if (container_of_output(options.output, to).keeps_rate) {
-            to.rate = to.rate ? to.rate : source->rate();
-        } else {
-            lose_rate(source->rate(), {source->last_place().file, {}}, *to.losses);
-        }
+// One .qvr file, which several workers can decode. What standard input holds cannot be told without reading it.
+bool is_stream(const std::string& path, const layout_request& request) {
+    std::error_code ignored;
+    if (sequence_pattern::parse(path) || !std::filesystem::is_regular_file(path, ignored)) {
+        return false;
     }
+    input_file file(path);
+    return is_qvr(container_of_input(path, file, request, k_raw_example));
+}
 
-    const convert_options& options;
-    relayout layouts;
-    std::unique_ptr<frame_source> source;
-    std::unique_ptr<frame_sink> sink;
-};
+std::unique_ptr<frame_input> open_input(const std::string& path, const layout_request& request) {
+    if (!is_stream(path, request)) {
+        return open_picture_input(path, request, k_raw_example, nullptr);
+    }
+    return open_stream_input(path, [request](const frame_layout& own, const frame_job& in) {
+        return layout_from_qvr(own, in.bitstream(), in.place, request);
+    });
+}
+
+std::unique_ptr<frame_output> open_output(const std::string& path, const layout_request& request,
+                                          const std::string& manifest) {
+    const bool stream = is_qvr(container_of_output(path, request)) && !sequence_pattern::parse(path);
+    if (!stream && !manifest.empty()) {
+        fail_usage("--manifest: only .qvr files have one", "leave it out, or name OUT like clip.qvr");
+    }
+    if (!stream) {
+        return open_picture_output(path, request);
+    }
+    return open_stream_output(path, request.how, request.becomes, manifest,
+                              [request, path](const frame_layout& own, const location&) {
+                                  return layout_into_qvr(own, {path, {}}, request);
+                              });
+}
+
+// The rate goes from file to file where both can say one.
+void keep_rate(const frame_input& input, const convert_options& options, layout_request& to) {
+    if (container_of_output(options.output, to).keeps_rate) {
+        to.rate = to.rate ? to.rate : input.rate();
+    } else {
+        lose_rate(input.rate(), {input_text(options.input), {}}, *to.losses);
+    }
+}
 
 void run_convert(convert_options& options) {
     require_distinct(options);
     options.in.strict = options.out.strict;
-    converting(options).run();
+    layout_request from = options.in.resolve();
+    from.threads = options.run.threads;
+    layout_request to = options.out.resolve();
+    to.threads = options.run.threads;
+    to.how = make_compression(options.alpha_rle, options.slices);
+    to.becomes = options.work.becomes();
+    const auto open_again = [&] { return open_input(options.input, from); };
+    work_ends ends = {"convert", input_text(options.input), open_again(), nullptr, open_again};
+    keep_rate(*ends.input, options, to);
+    ends.output = open_output(options.output, to, options.manifest);
+    say_report(ends, do_work(ends, options.work, options.run), options.run, "");
 }
 
 }  // namespace
@@ -134,6 +145,8 @@ void add_convert(command_line& to) {
     list.needs("--slices", "--alpha-rle");
     options->out.add_strict(list);
     options->run.add(list, false);
+    options->work.add(list);
+    options->work.add_manifest(list, options->manifest);
 }
 
 }  // namespace qvr

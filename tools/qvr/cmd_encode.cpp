@@ -2,9 +2,8 @@
 #include <cstdio>
 #include <memory>
 
-#include "codec.h"
 #include "command.h"
-#include "containers.h"
+#include "frame_work.h"
 #include "json_output.h"
 
 namespace qvr {
@@ -32,6 +31,7 @@ Examples:
   qvr encode shot/frame.%04d.exr shot.qvr --start 1001
   qvr encode clip.yuv clip.qvr --size 1920x1080 --format UYVY
   qvr encode clip.v210 clip.qvr --size 1920x1080 --interlaced
+  qvr encode long.yuv long.qvr --size 1920x1080 --format UYVY --resume -j 8
   capture | qvr encode - clip.qvr --size 1280x720 --order I420 --type U8)";
 
 struct encode_options {
@@ -42,6 +42,8 @@ struct encode_options {
     bool json = false;
     layout_options layout;
     run_options run;
+    work_options work;
+    std::string manifest;
 };
 
 void say_losses(const encode_options& options, const frame_source& source, const frame_layout& layout,
@@ -55,14 +57,12 @@ void say_losses(const encode_options& options, const frame_source& source, const
     }
 }
 
-std::string summary(const std::string& name, unsigned long long frames, const frame_layout& layout,
-                    std::uint64_t raw_bytes, std::uint64_t bytes) {
+std::string sizes_text(std::uint64_t raw_bytes, std::uint64_t bytes) {
     char sizes[120];
-    std::snprintf(sizes, sizeof sizes, "%llu bytes raw -> %llu bytes (%.1f %%)",
+    std::snprintf(sizes, sizeof sizes, ", %llu bytes raw -> %llu bytes (%.1f %%)",
                   static_cast<unsigned long long>(raw_bytes), static_cast<unsigned long long>(bytes),
                   100.0 * static_cast<double>(bytes) / static_cast<double>(raw_bytes));
-    return name + ": " + std::to_string(frames) + (frames == 1 ? " frame, " : " frames, ") + layout_text(layout) +
-           ", " + sizes;
+    return sizes;
 }
 
 void run_encode(const encode_options& options) {
@@ -70,31 +70,21 @@ void run_encode(const encode_options& options) {
         require_free_output(options.output);
     }
     const layout_request request = options.layout.resolve();
-    const std::unique_ptr<frame_source> source =
-        open_source(options.input, request, "--size 1920x1080 --order UYVY --type U8");
-    encoder codec(options.run.threads);
     const compression how = make_compression(options.alpha_rle, options.slices);
-    output_file output(options.output);
-    frame current;
-    unsigned long long frames = 0;
-    while (source->next(current)) {
-        if (frames == 0) {
-            say_losses(options, *source, current.layout, *request.losses);
-        }
-        const bytes_view coded = codec.encode(current, how, source->last_place());
-        output.write(coded.data, coded.size);
-        ++frames;
-    }
-    output.commit();
-    if (!options.run.quiet) {
-        say(summary(output.name(), frames, current.layout, codec.time().raw_bytes, output.bytes_written()));
-    }
-    if (options.run.time) {
-        say(output.name() + ": encode: " + time_text(codec.time(), frames));
-    }
+    const auto open_input = [&] {
+        return open_picture_input(options.input, request, "--size 1920x1080 --order UYVY --type U8",
+                                  [&](const frame_source& source, const frame_layout& first) {
+                                      say_losses(options, source, first, *request.losses);
+                                  });
+    };
+    const work_ends ends = {"encode", input_text(options.input), open_input(),
+                            open_stream_output(options.output, how, options.work.becomes(), options.manifest, nullptr),
+                            open_input};
+    const work_report report = do_work(ends, options.work, options.run);
+    say_report(ends, report, options.run, sizes_text(report.raw_bytes, ends.output->bytes_written().value_or(0)));
     if (options.json) {
-        print_result("encode", output.name(), frames, codec.time(),
-                     {{"bytes", output.bytes_written()}, {"format", json_format(current.layout)}});
+        print_result(ends.task, ends.output->name(), report.frames, report.time,
+                     {{"bytes", ends.output->bytes_written().value_or(0)}, {"format", json_format(report.layout)}});
     }
 }
 
@@ -125,6 +115,8 @@ void add_encode(command_line& to) {
     options->layout.add_strict(list);
     list.group(nullptr);
     options->run.add(list);
+    options->work.add(list);
+    options->work.add_manifest(list, options->manifest);
     list.flag("--json", options->json, k_json_help);
 }
 

@@ -7,6 +7,7 @@
 #include "command.h"
 #include "frame_scan.h"
 #include "json_boxes.h"
+#include "manifest_check.h"
 #include "verification.h"
 
 namespace qvr {
@@ -31,6 +32,7 @@ constexpr const char* k_examples = R"(
 Examples:
   qvr verify clip.qvr
   qvr verify clip.qvr --strict -q && echo good
+  qvr verify clip.qvr --manifest clip.manifest
   qvr verify clip.qvr --json)";
 
 // The list of findings belongs to the help, so that a name can be looked up.
@@ -47,6 +49,7 @@ std::string help_text() {
 struct verify_options {
     std::string input;
     std::optional<std::uint32_t> only_frame;
+    std::string manifest;
     bool strict = false;
     bool json = false;
     run_options run;
@@ -76,12 +79,15 @@ class verifying {
         });
         print_summary();
         finish_standard_output();
+        const unsigned long long unlisted =
+            options.manifest.empty() ? 0 : say_what_is_not_listed(options.input, options.manifest);
         if (options.run.time) {
             say(name + ": verify: " + time_text(work.time(), all.frames));
         }
         if (first_bad) {
             throw failure(exit_code::data, first_bad->place, first_bad->text + rest_text(), first_bad->hint);
         }
+        require_listed(name, unlisted);
     }
 
   private:
@@ -187,6 +193,9 @@ void add_verify(command_line& to) {
     list.positional("FILE.qvr", options->input, "File to check; '-' is standard input");
     list.number("--frame", options->only_frame, "Check this frame alone, counted from 0");
     list.flag("--strict", options->strict, "Take warnings for errors");
+    list.text("--manifest", options->manifest, "FILE",
+              "Hold the file against this manifest as well: all frames, their sizes and checksums");
+    list.excludes("--manifest", "--frame");
     list.flag("--json", options->json, k_json_help);
     options->run.add(list);
 }

@@ -99,6 +99,12 @@ compression make_compression(bool alpha_rle, unsigned slices) {
     return how;
 }
 
+codec_time& codec_time::operator+=(const codec_time& other) {
+    seconds += other.seconds;
+    raw_bytes += other.raw_bytes;
+    return *this;
+}
+
 std::string time_text(const codec_time& time, unsigned long long frames) {
     const double megabytes = static_cast<double>(time.raw_bytes) / 1e6;
     char text[160];
@@ -145,23 +151,29 @@ encoder::encoder(unsigned threads) {
 }
 
 bytes_view encoder::encode(const frame& from, const compression& how, const location& where) {
+    const std::size_t written = encode_into(buffer, from, how, where);
+    return {buffer.data(), written};
+}
+
+std::size_t encoder::encode_into(std::vector<std::uint8_t>& to, const frame& from, const compression& how,
+                                 const location& where) {
     require_size(from.layout, how, exit_code::usage, where);
     const std::uint32_t capacity = QVRUncompressed_GetCompressedBufSize(&from.layout, &how);
-    if (buffer.size() < capacity) {
-        buffer.resize(capacity);
+    if (to.size() < capacity) {
+        to.resize(capacity);
     }
     log.forget();
     std::uint32_t written = 0;
     const steady::time_point start = steady::now();
     const std::uint32_t status =
-        QVRUncompressed_EncodeFrame(codec.get(), &from.layout, &how, from.samples.data(), narrow(from.bytes),
-                                    buffer.data(), narrow(buffer.size()), &written);
+        QVRUncompressed_EncodeFrame(codec.get(), &from.layout, &how, from.samples.data(), narrow(from.bytes), to.data(),
+                                    narrow(to.size()), &written);
     spent.seconds += seconds_since(start);
     if (status != QVRUncompressed_StatusOk) {
         log.fail(status, "cannot encode", where);
     }
     spent.raw_bytes += from.bytes;
-    return {buffer.data(), written};
+    return written;
 }
 
 bytes_view encoder::wrap(const std::vector<wrapped_payload>& payloads, const frame& beside, const compression& how,

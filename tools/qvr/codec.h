@@ -38,10 +38,12 @@ struct wrapped_contents {
     std::vector<wrap_record> records;
 };
 
-// What the codec calls of one handle took together, files and pictures not counted.
+// What the codec calls of one or more handles took together, files and pictures not counted.
 struct codec_time {
     double seconds = 0;
     std::uint64_t raw_bytes = 0;
+
+    codec_time& operator+=(const codec_time& other);
 };
 
 // "4 frames, 54.9 MB raw in 0.0202 s of codec calls: 2716 MB/s"
@@ -72,6 +74,9 @@ class encoder {
     explicit encoder(unsigned threads);
     // The view is valid until the next call.
     bytes_view encode(const frame& from, const compression& how, const location& where);
+    // Into a buffer that grows when it must and may be longer than the bitstream; returns the size of that.
+    std::size_t encode_into(std::vector<std::uint8_t>& to, const frame& from, const compression& how,
+                            const location& where);
     // Wraps payloads, of which there is at least one; `beside` is an alpha plane, or with stitched chunks only a
     // layout.
     bytes_view wrap(const std::vector<wrapped_payload>& payloads, const frame& beside, const compression& how,

@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "containers.h"
+#include "status_line.h"
 
 namespace qvr {
 
@@ -137,7 +138,9 @@ layout_request layout_options::resolve() const {
 void run_options::add(argument_list& to, bool timed) {
     constexpr std::uint32_t k_most_threads = 1024;
     to.group("Running");
-    to.number("--threads", threads, "Threads of the codec; default: 0, one for each processor", k_most_threads);
+    to.number("--threads", threads,
+              "Threads of the codec within a frame; default: 0, one for each processor, or what\n-j leaves of them",
+              k_most_threads);
     if (timed) {
         to.flag("--time", time, "Print how fast the codec calls were, files and PNG not counted");
     }
@@ -151,7 +154,7 @@ bool ends_in(const std::string& path, const char* extension) {
 }
 
 void say(const std::string& line) {
-    std::fprintf(stderr, "%s\n", line.c_str());
+    print_message(line + "\n");
 }
 
 void finish_standard_output() {

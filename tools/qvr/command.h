@@ -24,6 +24,7 @@ void add_view(command_line& to);
 void add_bench(command_line& to);
 void add_generate(command_line& to);
 void add_convert(command_line& to);
+void add_join(command_line& to);
 
 // What --order and --type can be called, one name for each.
 std::vector<std::string> order_names();

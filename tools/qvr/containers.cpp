@@ -52,8 +52,10 @@ const container* container_by_content(input_file& file) {
     return nullptr;
 }
 
-const container& choose_source(const std::string& path, input_file& file, const layout_request& request,
-                               const char* raw_example) {
+}  // namespace
+
+const container& container_of_input(const std::string& path, input_file& file, const layout_request& request,
+                                    const char* raw_example) {
     const container* by_name =
         request.container.empty() ? container_by_extension(path) : &named_container(request.container, "--from");
     if (request.width != 0) {
@@ -81,6 +83,8 @@ const container& choose_source(const std::string& path, input_file& file, const 
                   std::string("for example ") + raw_example + "; 'qvr formats' lists the kinds of files");
 }
 
+namespace {
+
 void refuse_strides(const container& kind, const layout_request& request, const std::string& name, const char* use) {
     if (&kind != &raw_container() && (request.row_bytes != 0 || request.row_bytes2 != 0)) {
         throw failure(exit_code::usage, {name, {}}, std::string("--row-bytes and --row-bytes2 are for raw ") + use,
@@ -91,7 +95,7 @@ void refuse_strides(const container& kind, const layout_request& request, const 
 std::unique_ptr<frame_source> open_one_source(const std::string& path, const layout_request& request,
                                               const char* raw_example) {
     auto file = std::make_unique<input_file>(path);
-    const container& kind = choose_source(path, *file, request, raw_example);
+    const container& kind = container_of_input(path, *file, request, raw_example);
     refuse_strides(kind, request, file->name(), "frames");
     return kind.open_source(std::move(file), request);
 }

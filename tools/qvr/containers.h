@@ -29,12 +29,16 @@ const std::vector<container>& all_containers();
 // The kind of file that a path ends in, by its extension; null when it is none of the table's.
 const container* container_by_extension(const std::string& path);
 
+// The kind of file that an opened input is; raw_example: options of raw frames, for a hint.
+const container& container_of_input(const std::string& path, input_file& file, const layout_request& request,
+                                    const char* raw_example);
+
 // The kind of file that an output becomes.
 const container& container_of_output(const std::string& path, const layout_request& request);
 
 // Opens what a path names: a file, "-" for standard input, or a numbered sequence of files as in "frame.%07d.png".
 // The kind of file is the one of the request, else raw frames when the request has a size, else what the first bytes
-// say. raw_example: options of raw frames, for a hint.
+// say.
 std::unique_ptr<frame_source> open_source(const std::string& path, const layout_request& request,
                                           const char* raw_example);
 

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "failure.h"
 
-#include <cstdio>
 #include <utility>
+
+#include "status_line.h"
 
 namespace qvr {
 
@@ -45,7 +46,7 @@ std::string failure::text() const {
 }
 
 void warn(const std::string& file, const std::string& what) {
-    std::fprintf(stderr, "qvr: warning: %s: %s\n", file.c_str(), what.c_str());
+    print_message("qvr: warning: " + file + ": " + what + "\n");
 }
 
 void fail_usage(const std::string& what, const std::string& hint) {

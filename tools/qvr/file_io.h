@@ -51,13 +51,21 @@ class input_file {
     std::vector<std::uint8_t> head;  // peeked at, not yet taken
 };
 
+// Ends what reads of pipes and devices are waiting for input in other threads, as if the input ended; for good.
+void stop_waiting_for_input();
+
+// What becomes of an output that is not committed: it is removed, or it stays beside the target as TARGET.part, where
+// the next output_file of the same kind finds it.
+enum class incomplete { removed, kept };
+
 // Writes to a temporary file beside the target, which commit() renames. Without commit() nothing stays behind, neither
-// after an exception nor after an interrupt. Devices and pipes, which cannot be replaced, are written directly.
+// after an exception nor after an interrupt, unless it is to be kept. Devices and pipes, which cannot be replaced, are
+// written directly.
 class output_file {
   public:
-    explicit output_file(const std::string& path);
+    explicit output_file(const std::string& path, incomplete becomes = incomplete::removed);
     // With another name than the path in messages.
-    output_file(const std::string& path, const std::string& called);
+    output_file(const std::string& path, const std::string& called, incomplete becomes = incomplete::removed);
     ~output_file();
     output_file(const output_file&) = delete;
     output_file& operator=(const output_file&) = delete;
@@ -67,8 +75,20 @@ class output_file {
     std::uint64_t bytes_written() const { return written; }
     void commit();
 
+    // For outputs that are kept, before anything is written. The file with what an earlier run has left: TARGET.part,
+    // or, when there is none, the target itself, which is then complete.
+    const std::string& kept_path() const { return temporary.empty() ? target : temporary; }
+    bool kept_is_complete() const { return becomes_kept && temporary.empty(); }
+    std::uint64_t kept_bytes() const { return kept; }
+    // Keeps the first `whole` bytes of it. Writing starts at `from`; what is there already is compared and a usage
+    // failure when it differs.
+    void go_on(std::uint64_t from, std::uint64_t whole);
+
   private:
-    void open_beside_target(const std::string& path);
+    void open_beside_target();
+    void open_kept();
+    void lock();
+    std::size_t compare_kept(const std::uint8_t* with, std::size_t count);
     [[noreturn]] void fail(const std::string& what) const;
 
     std::string shown_name;
@@ -76,7 +96,10 @@ class output_file {
     std::string temporary;  // empty when the target is written directly
     unfinished pending;
     int descriptor = -1;
+    int lock_descriptor = -1;  // held until the file has its name
     bool owned = false;
+    bool becomes_kept = false;
+    std::uint64_t kept = 0;
     std::uint64_t written = 0;
 };
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -65,6 +66,14 @@ class frame_source {
     virtual location last_place() const = 0;
     // Known from the beginning, if at all.
     virtual std::optional<frame_rate> rate() const { return std::nullopt; }
+    // Whether each frame is a file of its own, so that several sources can read the same frames side by side.
+    virtual bool has_file_for_each() const { return false; }
+};
+
+// What an earlier run has left of an output.
+struct kept_frames {
+    unsigned long long count = 0;
+    bool complete = false;
 };
 
 class frame_sink {
@@ -78,6 +87,10 @@ class frame_sink {
     // Takes a frame in the layout that it wanted.
     virtual void put(const frame& from) = 0;
     virtual void commit() = 0;
+    // For sinks that were opened to keep what is incomplete: finds the whole frames that are there, all of the layout
+    // that the function gives, which is called when there is something. The last of them must be put again, and is
+    // compared. Sinks that keep nothing start anew.
+    virtual kept_frames go_on(const std::function<frame_layout()>&) { return {}; }
 };
 
 // Each says what is lost of a frame:
@@ -100,6 +113,7 @@ struct layout_request {
     std::string container;               // a name of the table in containers.h; empty: found out
     std::optional<std::uint32_t> start;  // of a numbered sequence
     std::optional<frame_rate> rate;      // for files that keep one
+    incomplete becomes = incomplete::removed;
     std::shared_ptr<loss_log> losses = std::make_shared<loss_log>(false);
 
     // For .qvr files among others.

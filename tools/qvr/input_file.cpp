@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/eventfd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,7 +18,25 @@ namespace {
 
 constexpr std::size_t k_growth = std::size_t{16} << 20;
 
+// Readable once reads are to end. Without one, when the system has none left, they end by themselves.
+int stop_descriptor() {
+    static const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    return descriptor;
+}
+
+// Waits until there is something to read, or the end of the input. Regular files always have one of them.
+bool wait_for_input(int descriptor) {
+    pollfd watched[] = {{descriptor, POLLIN, 0}, {stop_descriptor(), POLLIN, 0}};
+    while (poll(watched, 2, -1) < 0 && errno == EINTR) {
+    }
+    return (watched[1].revents & POLLIN) == 0;
+}
+
 }  // namespace
+
+void stop_waiting_for_input() {
+    eventfd_write(stop_descriptor(), 1);
+}
 
 input_file::input_file(const std::string& path) : shown_name(path == "-" ? "standard input" : path) {
     if (path == "-") {
@@ -40,7 +60,7 @@ input_file::~input_file() {
 
 std::size_t input_file::read_from_system(std::uint8_t* to, std::size_t count) {
     std::size_t got = 0;
-    while (got < count) {
+    while (got < count && wait_for_input(descriptor)) {
         const ssize_t n = ::read(descriptor, to + got, std::min(count - got, k_growth));
         if (n < 0 && errno == EINTR) {
             continue;

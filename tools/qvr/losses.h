@@ -3,6 +3,7 @@
 // What a file cannot keep of a frame is said before it is lost.
 #pragma once
 
+#include <mutex>
 #include <set>
 #include <string>
 
@@ -10,7 +11,7 @@
 
 namespace qvr {
 
-// One for the inputs and one for the outputs of a command. Used from one thread.
+// One for the inputs and one for the outputs of a command. May be used from several threads.
 class loss_log {
   public:
     explicit loss_log(bool refuse) : strict(refuse) {}
@@ -21,6 +22,7 @@ class loss_log {
 
   private:
     bool strict;
+    std::mutex mutex;
     std::set<std::string> said;
 };
 

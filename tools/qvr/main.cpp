@@ -54,6 +54,7 @@ void run(int argc, char** argv) {
     qvr::add_encode(line);
     qvr::add_decode(line);
     qvr::add_convert(line);
+    qvr::add_join(line);
     qvr::add_wrap(line);
     qvr::add_unwrap(line);
     qvr::add_info(line);

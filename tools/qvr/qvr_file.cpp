@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "qvr_file.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "box_tree.h"
@@ -18,14 +17,18 @@ void frame_reader::fail(const std::string& what, const std::string& hint) const 
     throw failure(exit_code::data, place(), what, hint);
 }
 
-bool frame_reader::next() {
+std::size_t frame_reader::read_header() {
     index = whole_frames;
     start += size;
     size = 0;
+    if (lost) {
+        return 0;
+    }
     size = file.read_into(buffer, 0, k_box_header);
     if (size == 0) {
-        return false;
+        return 0;
     }
+    lost = true;  // until the header has proven good
     if (size < k_box_header) {
         fail("only " + std::to_string(size) + " bytes are left, fewer than a box header has", k_cut_short);
     }
@@ -40,13 +43,36 @@ bool frame_reader::next() {
         fail("the 'pack' box says that it has " + std::to_string(declared) + " bytes, fewer than its own header",
              "the size in the frame's first four bytes is damaged");
     }
-    size += file.read_into(buffer, k_box_header, declared - k_box_header);
+    return declared;
+}
+
+void frame_reader::require_whole(std::size_t declared) {
     if (size < declared) {
         fail("the 'pack' box says that the frame has " + std::to_string(declared) + " bytes, but the file ends after " +
                  std::to_string(size),
              k_cut_short);
     }
+    lost = false;
     ++whole_frames;
+}
+
+bool frame_reader::next() {
+    const std::size_t declared = read_header();
+    if (declared == 0) {
+        return false;
+    }
+    size += file.read_into(buffer, k_box_header, declared - k_box_header);
+    require_whole(declared);
+    return true;
+}
+
+bool frame_reader::skip() {
+    const std::size_t declared = read_header();
+    if (declared == 0) {
+        return false;
+    }
+    size += file.skip(declared - k_box_header);
+    require_whole(declared);
     return true;
 }
 

@@ -11,6 +11,12 @@ namespace qvr {
 
 namespace {
 
+frame_layout asked_layout(frame_layout layout, const layout_request& request) {
+    layout.colorComponentOrder = request.format.order.value_or(layout.colorComponentOrder);
+    layout.componentType = request.format.type.value_or(layout.componentType);
+    return layout;
+}
+
 class qvr_source : public frame_source {
   public:
     qvr_source(std::unique_ptr<input_file> from, const layout_request& asked)
@@ -21,11 +27,7 @@ class qvr_source : public frame_source {
             return false;
         }
         const frame_layout own = codec.read_layout(reader.bytes(), reader.place());
-        refuse_wrapped();
-        to.layout = own;
-        to.layout.colorComponentOrder = request.format.order.value_or(own.colorComponentOrder);
-        to.layout.componentType = request.format.type.value_or(own.componentType);
-        lose_alpha(own, to.layout, {file->name(), {}}, *request.losses);
+        to.layout = layout_from_qvr(own, reader.bytes(), reader.place(), request);
         codec.decode(reader.bytes(), to, reader.place());
         return true;
     }
@@ -54,14 +56,6 @@ class qvr_source : public frame_source {
         return false;
     }
 
-    void refuse_wrapped() const {
-        if (QVRUncompressed_ReadWrapCount(reader.bytes().data, static_cast<std::uint32_t>(reader.bytes().size)) > 0) {
-            throw failure(exit_code::usage, reader.place(),
-                          "the frame holds wrapped payloads of another codec, which are no samples",
-                          "'qvr unwrap' takes them out; 'qvr info' shows them");
-        }
-    }
-
     std::unique_ptr<input_file> file;
     frame_reader reader;
     decoder codec;
@@ -73,12 +67,7 @@ class qvr_sink : public frame_sink {
     qvr_sink(const std::string& path, const layout_request& asked) : request(asked), file(path), codec(asked.threads) {}
 
     frame_layout wanted(const frame_layout& own, const location&) const override {
-        frame_layout layout = own;
-        layout.colorComponentOrder = request.format.order.value_or(own.colorComponentOrder);
-        layout.componentType = request.format.type.value_or(own.componentType);
-        lose_alpha(own, layout, {file.name(), {}}, *request.losses);
-        lose_unstored_alpha(layout, {file.name(), {}}, *request.losses);
-        return layout;
+        return layout_into_qvr(own, {file.name(), {}}, request);
     }
 
     bool holds_one_frame() const override { return false; }
@@ -97,6 +86,25 @@ class qvr_sink : public frame_sink {
 };
 
 }  // namespace
+
+frame_layout layout_from_qvr(const frame_layout& own, bytes_view stream, const location& where,
+                             const layout_request& request) {
+    if (QVRUncompressed_ReadWrapCount(stream.data, static_cast<std::uint32_t>(stream.size)) > 0) {
+        throw failure(exit_code::usage, where,
+                      "the frame holds wrapped payloads of another codec, which are no samples",
+                      "'qvr unwrap' takes them out; 'qvr info' shows them");
+    }
+    const frame_layout layout = asked_layout(own, request);
+    lose_alpha(own, layout, {where.file, {}}, *request.losses);
+    return layout;
+}
+
+frame_layout layout_into_qvr(const frame_layout& own, const location& where, const layout_request& request) {
+    const frame_layout layout = asked_layout(own, request);
+    lose_alpha(own, layout, where, *request.losses);
+    lose_unstored_alpha(layout, where, *request.losses);
+    return layout;
+}
 
 bool begins_like_qvr(input_file& file) {
     const std::vector<std::uint8_t>& head = file.peek(8);

@@ -88,7 +88,7 @@ const named_format* format_by_extension(const std::string& path) {
 
 class raw_sink : public frame_sink {
   public:
-    raw_sink(const std::string& path, const layout_request& asked) : request(asked), file(path) {
+    raw_sink(const std::string& path, const layout_request& asked) : request(asked), file(path, asked.becomes) {
         if (!request.format.order && !request.format.type) {
             by_name = format_by_extension(path);
         }
@@ -113,6 +113,16 @@ class raw_sink : public frame_sink {
     bool holds_one_frame() const override { return false; }
     void put(const frame& from) override { file.write(from.samples.data(), from.bytes); }
     void commit() override { file.commit(); }
+
+    kept_frames go_on(const std::function<frame_layout()>& layout) override {
+        if (file.kept_bytes() == 0) {
+            return {0, file.kept_is_complete()};
+        }
+        const std::uint64_t frame_bytes = std::max<std::uint64_t>(raw_frame_bytes(layout()), 1);
+        const std::uint64_t count = file.kept_bytes() / frame_bytes;
+        file.go_on(count == 0 ? 0 : (count - 1) * frame_bytes, count * frame_bytes);
+        return {count, file.kept_is_complete()};
+    }
 
   private:
     // The two types of 10-bit samples become each other without loss; all others stay what they are.

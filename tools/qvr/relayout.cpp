@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "relayout.h"
 
+#include <utility>
+
 namespace qvr {
 
 namespace {
@@ -12,18 +14,18 @@ bool same_layout(const frame_layout& a, const frame_layout& b) {
 
 }  // namespace
 
-const frame& relayout::into(const frame_layout& wanted, const frame& from, const location& where) {
-    if (same_layout(wanted, from.layout)) {
-        return from;
+void relayout::into(const frame_layout& wanted, frame& in, const location& where) {
+    if (same_layout(wanted, in.layout)) {
+        return;
     }
     if (!to_stream) {
         to_stream.emplace(threads);
         from_stream.emplace(threads);
     }
-    const bytes_view coded = to_stream->encode(from, make_compression(false, 0), where);
+    const bytes_view coded = to_stream->encode(in, make_compression(false, 0), where);
     made.layout = wanted;
     from_stream->decode(coded, made, where);
-    return made;
+    std::swap(in, made);
 }
 
 }  // namespace qvr

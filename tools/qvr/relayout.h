@@ -15,8 +15,8 @@ class relayout {
   public:
     explicit relayout(unsigned codec_threads) : threads(codec_threads) {}
 
-    // The frame itself when it has the layout. What is returned is valid until the next call.
-    const frame& into(const frame_layout& wanted, const frame& from, const location& where);
+    // Leaves the frame as it is when it has the layout.
+    void into(const frame_layout& wanted, frame& in, const location& where);
 
   private:
     unsigned threads;

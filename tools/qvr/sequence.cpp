@@ -43,6 +43,9 @@ class sequence_source : public frame_source {
         for (; open(); close()) {
             if (current->next(to)) {
                 place = current->last_place();
+                if (one_frame) {
+                    close();
+                }
                 return true;
             }
         }
@@ -83,6 +86,7 @@ class sequence_source : public frame_source {
     }
 
     location last_place() const override { return place; }
+    bool has_file_for_each() const override { return one_frame; }
 
   private:
     bool open() {

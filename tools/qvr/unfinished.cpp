@@ -6,18 +6,21 @@
 #include <atomic>
 #include <csignal>
 #include <deque>
+#include <mutex>
 
 namespace qvr {
 
-struct unfinished::entry {
-    explicit entry(const std::string& of) : path(of) {}
+enum class entry_state { idle, watched, taken };
 
-    std::string path;
-    std::atomic<bool> active{true};
+struct unfinished::entry {
+    std::string path;  // changes only while the entry is idle
+    std::atomic<entry_state> state{entry_state::idle};
     entry* before = nullptr;
+
+    bool change(entry_state from, entry_state to) { return state.compare_exchange_strong(from, to); }
 };
 
-// A signal handler may follow no more than plain links: entries are added in front, switched off, and never removed.
+// A signal handler may follow no more than plain links: entries are added in front and never removed, but used again.
 struct unfinished::list {
     static std::atomic<entry*>& newest() {
         static std::atomic<entry*> first{nullptr};
@@ -27,15 +30,33 @@ struct unfinished::list {
     static entry* add(const std::string& path) {
         // Never destroyed: a signal may come at any time.
         static std::deque<entry>& entries = *new std::deque<entry>;
-        entry& added = entries.emplace_back(path);
+        static std::mutex& mutex = *new std::mutex;
+        const std::lock_guard<std::mutex> lock(mutex);
+        for (entry& candidate : entries) {
+            if (candidate.state.load() == entry_state::idle) {
+                return start(candidate, path);
+            }
+        }
+        entry& added = entries.emplace_back();
         added.before = newest().load();
         newest().store(&added);
-        return &added;
+        return start(added, path);
+    }
+
+    static entry* start(entry& at, const std::string& path) {
+        at.path = path;
+        at.state.store(entry_state::watched);
+        return &at;
     }
 
     static void on_signal(int signal_number) {
         for (entry* at = newest().load(); at; at = at->before) {
-            if (at->active.load() && unlink(at->path.c_str()) != 0) {
+            if (at->change(entry_state::watched, entry_state::taken)) {
+                unlink(at->path.c_str());
+            }
+        }
+        for (entry* at = newest().load(); at; at = at->before) {
+            if (at->state.load() == entry_state::taken) {
                 rmdir(at->path.c_str());
             }
         }
@@ -58,7 +79,8 @@ void unfinished::watch(const std::string& path) {
 
 void unfinished::forget() {
     if (watched) {
-        watched->active.store(false);
+        // An entry that a signal has taken stays so: the process is about to end.
+        watched->change(entry_state::watched, entry_state::idle);
         watched = nullptr;
     }
 }

@@ -7,8 +7,8 @@
 
 namespace qvr {
 
-// The name of an unfinished file or folder, which an interrupt removes while it is watched. Later names are removed
-// before earlier ones, so that a folder goes after its files.
+// The name of an unfinished file or folder, which an interrupt removes while it is watched: files first, then folders.
+// Different objects may be used from different threads.
 class unfinished {
   public:
     unfinished() = default;

@@ -154,7 +154,7 @@ const y4m_kind* find_kind(std::uint32_t order) {
 
 class y4m_sink : public frame_sink {
   public:
-    y4m_sink(const std::string& path, const layout_request& asked) : request(asked), file(path) {}
+    y4m_sink(const std::string& path, const layout_request& asked) : request(asked), file(path, asked.becomes) {}
 
     frame_layout wanted(const frame_layout& own, const location& where) const override {
         frame_layout layout = own;
@@ -199,6 +199,26 @@ class y4m_sink : public frame_sink {
     }
 
     void commit() override { file.commit(); }
+
+    kept_frames go_on(const std::function<frame_layout()>& layout) override {
+        if (file.kept_bytes() == 0) {
+            return {0, file.kept_is_complete()};
+        }
+        const frame_layout of = layout();
+        const std::uint64_t head = header_of(of).size() + 1;
+        const std::uint64_t each = std::char_traits<char>::length(k_frame) + 1 + raw_frame_bytes(of);
+        const std::uint64_t count = (std::max(file.kept_bytes(), head) - head) / each;
+        if (count == 0) {
+            file.go_on(0, 0);
+            return {0, file.kept_is_complete()};
+        }
+        const std::uint64_t whole = head + count * each;
+        file.go_on(0, whole);
+        header = header_of(of);
+        write_text(header + "\n");
+        file.go_on(whole - each, whole);
+        return {count, file.kept_is_complete()};
+    }
 
   private:
     void write_text(const std::string& text) {

@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include <filesystem>
+#include <memory>
+
+#include "command.h"
+#include "manifest_check.h"
+
+namespace qvr {
+
+namespace {
+
+constexpr const char* k_about = "Join parts of a clip, made with --range or --chunk, to one .qvr file";
+
+constexpr const char* k_more = R"(
+The frames of all parts are written one after the other, each whole. A part that has a manifest beside it, PART.manifest
+or PART with .manifest in the place of .qvr, is held against it: every frame must have the size and the checksum
+that it says, and each part must begin where the one before it has ended. Parts without a manifest are taken in the
+order in which they are given.
+
+Examples:
+  qvr encode clip.yuv part1.qvr --size 1920x1080 --order UYVY --type U8 --chunk 1/2 --manifest part1.manifest
+  qvr encode clip.yuv part2.qvr --size 1920x1080 --order UYVY --type U8 --chunk 2/2 --manifest part2.manifest
+  qvr join part1.qvr part2.qvr -o clip.qvr --manifest clip.manifest)";
+
+struct join_options {
+    std::vector<std::string> parts;
+    std::string output;
+    std::string manifest;
+    bool quiet = false;
+};
+
+std::optional<std::string> manifest_beside(const std::string& part) {
+    const std::filesystem::path in_its_place = std::filesystem::path(part).replace_extension(".manifest");
+    for (const std::string& path : {part + ".manifest", in_its_place.string()}) {
+        std::error_code ignored;
+        if (std::filesystem::is_regular_file(path, ignored)) {
+            return path;
+        }
+    }
+    return std::nullopt;
+}
+
+class joining {
+  public:
+    explicit joining(const join_options& given) : options(given), output(given.output) {}
+
+    void run() {
+        for (const std::string& part : options.parts) {
+            checked_reader reader(part, manifest_beside(part));
+            require_order(reader, part);
+            take(reader);
+            behind = reader.has_manifest() ? reader.end() : behind + reader.end();
+        }
+        output.commit();
+        if (list) {
+            list->commit(behind);
+        }
+        if (!options.quiet) {
+            say(output.name() + ": " + std::to_string(frames) + (frames == 1 ? " frame of " : " frames of ") +
+                std::to_string(options.parts.size()) + (options.parts.size() == 1 ? " part, " : " parts, ") +
+                std::to_string(listed) + " with a manifest");
+        }
+    }
+
+  private:
+    void require_order(const checked_reader& reader, const std::string& part) {
+        const bool first = &part == &options.parts.front();
+        if (first) {
+            behind = reader.first();
+            if (!options.manifest.empty()) {
+                list.emplace(options.manifest, output.name(), behind);
+            }
+        }
+        if (reader.has_manifest() && reader.first() != behind) {
+            throw failure(exit_code::usage, {part, {}},
+                          "it begins with frame " + std::to_string(reader.first()) + ", but frame " +
+                              std::to_string(behind) + " is next",
+                          "give all parts, in the order of their frames");
+        }
+        listed += reader.has_manifest() ? 1 : 0;
+    }
+
+    void take(checked_reader& reader) {
+        const unsigned long long start = behind;
+        for (; reader.next(); ++frames) {
+            output.write(reader.bytes().data, reader.bytes().size);
+            if (list) {
+                const unsigned long long number = reader.has_manifest() ? reader.number() : start + reader.number();
+                list->add(number, reader.bytes().size, reader.checksum());
+            }
+        }
+    }
+
+    const join_options& options;
+    output_file output;
+    std::optional<manifest_writer> list;
+    unsigned long long frames = 0;
+    unsigned long long listed = 0;  // parts with a manifest
+    unsigned long long behind = 0;  // the number of the frame that is next
+};
+
+void require_other_file(const join_options& options) {
+    for (const std::string& part : options.parts) {
+        std::error_code ignored;
+        if (std::filesystem::equivalent(part, options.output, ignored)) {
+            fail_usage(options.output + " is one of the parts", "write to a file of another name");
+        }
+    }
+}
+
+}  // namespace
+
+void add_join(command_line& to) {
+    const auto options = std::make_shared<join_options>();
+    argument_list list = to.add_command("join", k_about, [options] {
+        require_other_file(*options);
+        joining(*options).run();
+    });
+    list.explain(k_more);
+    list.positionals("PART.qvr", options->parts, "Files to join, in the order of their frames");
+    list.text("-o,--output", options->output, "OUT.qvr", "File to write; '-' is standard output");
+    list.require("--output");
+    list.text("--manifest", options->manifest, "FILE", "Write a manifest of the joined file");
+    list.flag("-q,--quiet", options->quiet, "Print nothing when all goes well");
+}
+
+}  // namespace qvr
