@@ -27,8 +27,8 @@ bytes clip(bool coded) {
     return stream;
 }
 
-std::string reader(const media::temporary_file& file, const char* between) {
-    return "filesrc location=" + file.path() + " ! qvrparse framerate=30/1 " + between +
+std::string reader(const media::temporary_file& file, const char* before = "") {
+    return "filesrc location=" + file.path() + before + " ! qvrparse framerate=30/1" +
            " ! qvrdec threads=1 ! appsink name=out sync=false wait-on-eos=false max-buffers=2";
 }
 
@@ -47,7 +47,7 @@ class seek : public testing::TestWithParam<bool> {};
 
 TEST_P(seek, by_time) {
     const media::temporary_file file(clip(GetParam()));
-    media::pipeline pipeline(reader(file, ""));
+    media::pipeline pipeline(reader(file));
     ASSERT_TRUE(pipeline.pause());
     for (const std::uint32_t frame : k_visits) {
         const auto time = static_cast<gint64>(frame * GST_SECOND / 30);
@@ -60,7 +60,7 @@ TEST_P(seek, by_time) {
 
 TEST_P(seek, by_frame_number) {
     const media::temporary_file file(clip(GetParam()));
-    media::pipeline pipeline(reader(file, ""));
+    media::pipeline pipeline(reader(file));
     ASSERT_TRUE(pipeline.pause());
     for (const std::uint32_t frame : k_visits) {
         ASSERT_TRUE(pipeline.seek(GST_FORMAT_DEFAULT, frame, GST_SEEK_FLAG_NONE));
@@ -84,19 +84,22 @@ TEST_P(seek, and_on_to_the_end) {
     }
 }
 
-TEST_P(seek, behind_a_queue) {
-    const media::temporary_file file(clip(GetParam()));
-    media::pipeline pipeline(reader(file, "! queue"));
-    ASSERT_TRUE(pipeline.pause());
-    ASSERT_TRUE(pipeline.seek(GST_FORMAT_DEFAULT, 17, GST_SEEK_FLAG_ACCURATE));
-    expect_frame(pipeline, 17);
-}
-
 INSTANTIATE_TEST_SUITE_P(coded, seek, testing::Bool());
+
+// The place of a frame that has not been met can then only be computed, which needs frames of one size.
+TEST(seek_behind_a_queue, finds_frames_of_one_size) {
+    const media::temporary_file file(clip(false));
+    media::pipeline pipeline(reader(file, " ! queue max-size-buffers=1"));
+    ASSERT_TRUE(pipeline.pause());
+    for (const std::uint32_t frame : k_visits) {
+        ASSERT_TRUE(pipeline.seek(GST_FORMAT_DEFAULT, frame, GST_SEEK_FLAG_NONE));
+        expect_frame(pipeline, frame);
+    }
+}
 
 TEST(seek_duration, is_known_of_frames_of_one_size) {
     const media::temporary_file file(clip(false));
-    media::pipeline pipeline(reader(file, ""));
+    media::pipeline pipeline(reader(file));
     ASSERT_TRUE(pipeline.pause());
     EXPECT_EQ(pipeline.duration(GST_FORMAT_TIME), static_cast<gint64>(k_frames * GST_SECOND / 30));
 }
