@@ -45,7 +45,7 @@ void take_warnings(GstBus* bus, parsed& into) {
     }
 }
 
-parsed parse(const bytes& stream, std::size_t piece = 1000, const std::string& options = "") {
+parsed parse(const bytes& stream, std::size_t piece = 1000, const std::string& options = "", bool to_the_end = true) {
     GstHarness* const harness = gst_harness_new_parse(("qvrparse" + options).c_str());
     GstElement* const parser = gst_harness_find_element(harness, "qvrparse");
     GstBus* const bus = gst_bus_new();
@@ -59,7 +59,9 @@ parsed parse(const bytes& stream, std::size_t piece = 1000, const std::string& o
         const auto size = static_cast<std::ptrdiff_t>(std::min(piece, stream.size() - at));
         gst_harness_push(harness, media::buffer_of(bytes(begin, begin + size)));
     }
-    gst_harness_push_event(harness, gst_event_new_eos());
+    if (to_the_end) {
+        gst_harness_push_event(harness, gst_event_new_eos());
+    }
     parsed result;
     while (GstEvent* const event = gst_harness_try_pull_event(harness)) {
         if (GST_EVENT_TYPE(event) == GST_EVENT_CAPS) {
@@ -155,6 +157,13 @@ TEST(parse, a_damaged_size_costs_that_frame_alone) {
         EXPECT_EQ(result.frames.back(), grey(4)) << size;
         EXPECT_FALSE(result.warnings.empty()) << size;
     }
+}
+
+TEST(parse, a_damaged_size_holds_nobody_up) {
+    bytes damaged = grey(2);
+    std::copy_n(test::le32(0x7fffffff).begin(), 4, damaged.begin());
+    const parsed result = parse(grey(1) + damaged + grey(3) + grey(4), 1000, "", false);
+    EXPECT_EQ(result.frames, (frame_list{grey(1), grey(3), grey(4)}));
 }
 
 TEST(parse, a_damaged_frame_leaves_its_place_in_time) {
