@@ -94,7 +94,7 @@ TEST(parse, frames_come_out_of_pieces_of_any_size) {
     for (const bytes& each : frames) {
         stream = stream + each;
     }
-    for (const std::size_t piece : {1, 7, 36, 69, 1000, 100000}) {
+    for (const std::size_t piece : {1u, 7u, 36u, 69u, 1000u, 100000u}) {
         const parsed result = parse(stream, piece);
         EXPECT_EQ(result.frames, frames) << piece;
         EXPECT_EQ(result.times, (std::vector<GstClockTime>{0, 40000000, 80000000, 120000000, 160000000})) << piece;
@@ -130,7 +130,7 @@ TEST(parse, caps_say_what_the_frames_are) {
 
 TEST(parse, what_stands_between_frames_is_skipped) {
     const bytes junk = test::from_hex("0102 'pack' 0000") + test::repeat(7, 50);
-    for (const std::size_t piece : {1, 10, 1000}) {
+    for (const std::size_t piece : {1u, 10u, 1000u}) {
         const parsed result = parse(junk + grey(1) + junk + grey(2) + grey(3) + junk, piece);
         EXPECT_EQ(result.frames, (frame_list{grey(1), grey(2), grey(3)})) << piece;
         EXPECT_FALSE(result.warnings.empty());
@@ -138,7 +138,7 @@ TEST(parse, what_stands_between_frames_is_skipped) {
 }
 
 TEST(parse, a_frame_that_is_cut_short_is_left_out) {
-    for (const std::size_t left : {1, 8, 35, 36, 60}) {
+    for (const std::size_t left : {1u, 8u, 35u, 36u, 60u}) {
         const bytes last = grey(3);
         const parsed result =
             parse(grey(1) + grey(2) + bytes(last.begin(), last.begin() + static_cast<std::ptrdiff_t>(left)));
