@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "guarded_buffer.h"
 #include "media.h"
 
 using media::bytes;
@@ -219,6 +220,27 @@ TEST(element, frames_with_wide_strides) {
     gsize offsets[GST_VIDEO_MAX_PLANES] = {0};
     gint strides[GST_VIDEO_MAX_PLANES] = {16};
     GstBuffer* const raw = media::buffer_of(content);
+    gst_buffer_add_video_meta_full(raw, GST_VIDEO_FRAME_FLAG_NONE, GST_VIDEO_FORMAT_RGB, 2, 3, 1, offsets, strides);
+    GstBuffer* const back = gst_harness_push_and_pull(elements.harness, raw);
+    ASSERT_NE(back, nullptr);
+    EXPECT_EQ(media::pixels_of(back, caps), pixels);
+    gst_buffer_unref(back);
+}
+
+// The last row ends with its last pixel, and behind it is memory that must not be touched.
+TEST(element, frames_whose_last_row_is_short) {
+    const std::string caps = media::caps_text(media::format_named("RGB"), 2, 3);
+    both elements;
+    gst_harness_set_src_caps_str(elements.harness, caps.c_str());
+    const bytes pixels = test::counting(18, 1);
+    test::guarded_buffer content(16 * 2 + 6);
+    for (std::size_t y = 0; y < 3; ++y) {
+        std::memcpy(content.data() + 16 * y, &pixels[6 * y], 6);
+    }
+    gsize offsets[GST_VIDEO_MAX_PLANES] = {0};
+    gint strides[GST_VIDEO_MAX_PLANES] = {16};
+    GstBuffer* const raw = gst_buffer_new_wrapped_full(GST_MEMORY_FLAG_READONLY, content.data(), content.size(), 0,
+                                                       content.size(), nullptr, nullptr);
     gst_buffer_add_video_meta_full(raw, GST_VIDEO_FRAME_FLAG_NONE, GST_VIDEO_FORMAT_RGB, 2, 3, 1, offsets, strides);
     GstBuffer* const back = gst_harness_push_and_pull(elements.harness, raw);
     ASSERT_NE(back, nullptr);

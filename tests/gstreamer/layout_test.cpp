@@ -37,7 +37,7 @@ std::string stored(const bytes& stream, const std::string& type) {
         return "none";
     }
     const std::size_t box = found + 5;  // behind the type and the frame layout
-    const std::size_t size = stream.at(box) | stream.at(box + 1) << 8;
+    const auto size = static_cast<std::size_t>(stream.at(box) | stream.at(box + 1) << 8);
     return to_hex(bytes(stream.begin() + static_cast<std::ptrdiff_t>(box + 8),
                         stream.begin() + static_cast<std::ptrdiff_t>(box + size)));
 }

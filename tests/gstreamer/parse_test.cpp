@@ -45,7 +45,7 @@ void take_warnings(GstBus* bus, parsed& into) {
     }
 }
 
-parsed parse(const bytes& stream, std::size_t piece = 1000, const std::string& options = "") {
+parsed parse(const bytes& stream, std::size_t piece = 1000, const std::string& options = "", bool to_the_end = true) {
     GstHarness* const harness = gst_harness_new_parse(("qvrparse" + options).c_str());
     GstElement* const parser = gst_harness_find_element(harness, "qvrparse");
     GstBus* const bus = gst_bus_new();
@@ -59,7 +59,9 @@ parsed parse(const bytes& stream, std::size_t piece = 1000, const std::string& o
         const auto size = static_cast<std::ptrdiff_t>(std::min(piece, stream.size() - at));
         gst_harness_push(harness, media::buffer_of(bytes(begin, begin + size)));
     }
-    gst_harness_push_event(harness, gst_event_new_eos());
+    if (to_the_end) {
+        gst_harness_push_event(harness, gst_event_new_eos());
+    }
     parsed result;
     while (GstEvent* const event = gst_harness_try_pull_event(harness)) {
         if (GST_EVENT_TYPE(event) == GST_EVENT_CAPS) {
@@ -92,7 +94,7 @@ TEST(parse, frames_come_out_of_pieces_of_any_size) {
     for (const bytes& each : frames) {
         stream = stream + each;
     }
-    for (const std::size_t piece : {1, 7, 36, 69, 1000, 100000}) {
+    for (const std::size_t piece : {1u, 7u, 36u, 69u, 1000u, 100000u}) {
         const parsed result = parse(stream, piece);
         EXPECT_EQ(result.frames, frames) << piece;
         EXPECT_EQ(result.times, (std::vector<GstClockTime>{0, 40000000, 80000000, 120000000, 160000000})) << piece;
@@ -128,7 +130,7 @@ TEST(parse, caps_say_what_the_frames_are) {
 
 TEST(parse, what_stands_between_frames_is_skipped) {
     const bytes junk = test::from_hex("0102 'pack' 0000") + test::repeat(7, 50);
-    for (const std::size_t piece : {1, 10, 1000}) {
+    for (const std::size_t piece : {1u, 10u, 1000u}) {
         const parsed result = parse(junk + grey(1) + junk + grey(2) + grey(3) + junk, piece);
         EXPECT_EQ(result.frames, (frame_list{grey(1), grey(2), grey(3)})) << piece;
         EXPECT_FALSE(result.warnings.empty());
@@ -136,7 +138,7 @@ TEST(parse, what_stands_between_frames_is_skipped) {
 }
 
 TEST(parse, a_frame_that_is_cut_short_is_left_out) {
-    for (const std::size_t left : {1, 8, 35, 36, 60}) {
+    for (const std::size_t left : {1u, 8u, 35u, 36u, 60u}) {
         const bytes last = grey(3);
         const parsed result =
             parse(grey(1) + grey(2) + bytes(last.begin(), last.begin() + static_cast<std::ptrdiff_t>(left)));
@@ -155,6 +157,13 @@ TEST(parse, a_damaged_size_costs_that_frame_alone) {
         EXPECT_EQ(result.frames.back(), grey(4)) << size;
         EXPECT_FALSE(result.warnings.empty()) << size;
     }
+}
+
+TEST(parse, a_damaged_size_holds_nobody_up) {
+    bytes damaged = grey(2);
+    std::copy_n(test::le32(0x7fffffff).begin(), 4, damaged.begin());
+    const parsed result = parse(grey(1) + damaged + grey(3) + grey(4), 1000, "", false);
+    EXPECT_EQ(result.frames, (frame_list{grey(1), grey(3), grey(4)}));
 }
 
 TEST(parse, a_damaged_frame_leaves_its_place_in_time) {
