@@ -150,7 +150,7 @@ TEST_F(jobs, failures_that_are_none_of_a_frame_end_the_work_even_then) {
 TEST_F(jobs, a_failure_ends_the_work_while_the_input_is_silent) {
     int feed = -1;
     const int process = folder_.start_qvr(encode_small("-", "/dev/full", {"-j", "2"}), &feed);
-    feed_bytes(feed, long_samples(), 10 * k_small_samples);
+    feed_bytes(feed, long_samples(), k_small_samples);
     EXPECT_EQ(wait_for(process).code, 3);  // although the pipe is still open
     close(feed);
 }

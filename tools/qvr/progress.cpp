@@ -2,6 +2,7 @@
 #include "progress.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 #include <utility>
@@ -29,12 +30,12 @@ json or_null(const std::optional<Value>& value) {
 }
 
 double rounded(double value) {
-    return static_cast<double>(static_cast<long long>(value * 1000 + 0.5)) / 1000;
+    return static_cast<double>(std::llround(value * 1000)) / 1000;
 }
 
 // "1:02:03", "2:03"
 std::string clock_text(double seconds) {
-    const auto all = static_cast<unsigned long long>(seconds + 0.5);
+    const auto all = static_cast<unsigned long long>(std::llround(seconds));
     char text[40];
     if (all >= 3600) {
         std::snprintf(text, sizeof text, "%llu:%02llu:%02llu", all / 3600, all / 60 % 60, all % 60);
