@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+#
 # What is installed, in three components:
 #   runtime      the shared library
 #   development  header, links, static library, the files for CMake and pkg-config

@@ -1,4 +1,6 @@
 #!/bin/sh
+# SPDX-License-Identifier: BSD-3-Clause
+#
 # usage: check_imports.sh NM LIBRARY LIST - a shared or static library may need no names but those of the list.
 set -eu
 export LC_ALL=C

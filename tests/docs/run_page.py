@@ -5,6 +5,8 @@
     run_page.py --source REPOSITORY --build BUILD PAGE.md    runs the blocks of a page
     run_page.py --skipped PAGE.md...                         lists the blocks that are not run, with the reasons
 
+Each part of PARTS that was not built is named by --without.
+
 Each page has a temporary folder of its own, where its blocks run from top to bottom. It looks like the root of the
 repository (links to all that lies there), build/demo, build/test and build/release have what was built (BUILT), and it
 holds the files of INPUTS. 'qvr' and the examples are on PATH; the library is installed in a folder that compilers,
@@ -25,7 +27,8 @@ To add a block, write it. A comment on the line before it says when something el
     <!-- docs-test: file PATH -->       is the file of the repository
     <!-- docs-test: part of PATH -->    is a part of that file, in one piece
     <!-- docs-test: write NAME -->      is written to a file for the blocks behind
-    <!-- docs-test: needs COMMAND -->   is run where the command exists; elsewhere it is skipped and listed
+    <!-- docs-test: needs NAME -->      is run where that command exists, or that optional part of the build (PARTS);
+                                        elsewhere it is skipped and listed
     <!-- docs-test: skip: REASON -->    is not run; listed with its reason
 
 Links to files of the repository must lead somewhere.
@@ -50,6 +53,8 @@ COMMENT = re.compile(r"^\s*<!-- docs-test: (output|bytes of|file|part of|write|n
 FENCED = re.compile(r"^ *```\w*$.*?^ *```$", re.MULTILINE | re.DOTALL)
 LINK = re.compile(r"\[[^][]*\]\(([^)#\s]*)[^)\s]*\)")
 FENCE = re.compile(r"^( *)```(\w*)$")
+PARTS = {"python-package", "gstreamer-plug-in"}  # of the build, which may be left out
+left_out = set()
 LIMIT = 240  # seconds that a block may take
 
 
@@ -177,6 +182,8 @@ def environment(build, prefix):
         "LIBRARY_PATH": libraries,
         "LD_LIBRARY_PATH": libraries,
         "CMAKE_PREFIX_PATH": [prefix],
+        "PYTHONPATH": [build / "bindings/python"],
+        "GST_PLUGIN_PATH": [build / "plugins/gstreamer"],
         "PKG_CONFIG_PATH": [folder + "/pkgconfig" for folder in libraries],
     }
     values = dict(os.environ, LC_ALL="C.UTF-8")
@@ -244,8 +251,8 @@ def compare_bytes(shown, file):
         raise Failure(f"tells of\n{told.hex(' ')}\nbut {file.name} is\n{file.read_bytes().hex(' ')}")
 
 
-def missing(command):
-    return shutil.which(command.split()[0]) is None
+def missing(name):
+    return name in left_out if name in PARTS else shutil.which(name.split()[0]) is None
 
 
 def treat(block, folder, source, values, printed):
@@ -301,7 +308,7 @@ def list_skipped(pages):
             if block.how == "skip" and not block.argument:
                 raise Failure(f"{page}:{block.line}: skipped without a reason")
             if block.how == "skip" or (block.how == "needs" and missing(block.argument)):
-                reason = block.argument if block.how == "skip" else block.argument + " is not installed"
+                reason = block.argument if block.how == "skip" else block.argument + " is not there"
                 print(f"{page}:{block.line}: {reason}: {block.text.splitlines()[0]}")
 
 
@@ -310,8 +317,10 @@ def main():
     parser.add_argument("--source", type=pathlib.Path)
     parser.add_argument("--build", type=pathlib.Path)
     parser.add_argument("--skipped", action="store_true")
+    parser.add_argument("--without", choices=sorted(PARTS), action="append", default=[])
     parser.add_argument("pages", type=pathlib.Path, nargs="+")
     given = parser.parse_args()
+    left_out.update(given.without)
     try:
         if given.skipped:
             return list_skipped(given.pages)

@@ -13,7 +13,8 @@ mkdir -p "$folder"
 for component in runtime development tools; do
     "$cmake" --install "$build" --component $component --prefix "$folder/$component" >/dev/null
     (cd "$folder/$component" && find . ! -type d -printf "$component %P\n")
-done | sed "s| $libdir/| LIBDIR/|; s|$version|VERSION|; s|Targets-[a-z]*\.cmake|Targets-CONFIG.cmake|" |
+done | sed "s| $libdir/| LIBDIR/|; s|$version|VERSION|; s|Targets-[a-z]*\.cmake|Targets-CONFIG.cmake|; s|zsh/[a-z-]*/|zsh/FOLDER/|" |
+    grep -v /html/ |
     LC_ALL=C sort >"$folder/files"
 diff "$list" "$folder/files" || { echo "left: $list, right: what gets installed" >&2; exit 1; }
 

@@ -70,11 +70,21 @@ TEST(manual, it_is_set_without_a_warning) {
 void write_example_files(const scratch_folder& folder) {
     write_picture(folder.file("photo.png"), make_picture(colours::rgba, 8, 32, 16));
     write_picture(folder.file("matte.png"), make_picture(colours::grey, 8, 1280, 720));
-    folder.write("clip.yuv", bytes(1920 * 1080 * 2 * 8, 128));
+    for (const char* clip : {"clip.yuv", "clip.uyvy", "long.yuv"}) {
+        folder.write(clip, bytes(1920 * 1080 * 2 * 8, 128));
+    }
     folder.write("clip.v210", bytes(5120 * 1080 * 8, 16));
     folder.write("matte.raw", bytes(1920 * 1080 * 2, 9));
     for (const char* chunk : {"a.bin", "b.bin", "c.bin"}) {
         folder.write(chunk, noise(1000));
+    }
+    folder.write("shot.raw", bytes(8 * 4 * 3 * sizeof(float), 0));
+    for (const char* made :
+         {"mkdir shot frames", "qvr convert clip.uyvy clip.y4m --size 1920x1080",
+          "qvr convert shot.raw shot/frame.%04d.exr --size 8x4 --order RGB --type Float --out-start 1001",
+          "qvr encode photo.png plain.qvr"}) {
+        const outcome result = folder.command({"bash", "-c", made});
+        ASSERT_EQ(result.code, 0) << made << "\n" << result.err;
     }
 }
 
@@ -103,7 +113,8 @@ TEST(manual, examples_work_as_pasted) {
     const scratch_folder folder;
     write_example_files(folder);
     int run = 0;
-    for (const char* command : {"--help", "encode", "decode", "wrap", "unwrap", "info", "view", "bench"}) {
+    for (const char* command : {"--help", "encode", "decode", "convert", "join", "wrap", "unwrap", "info", "dump",
+                                "verify", "view", "formats", "bench"}) {
         const std::string help = command[0] == '-' ? folder.qvr({command}).out : folder.qvr({command, "--help"}).out;
         bool in_examples = false;
         for (const std::string& line : lines_of(help)) {
@@ -124,7 +135,7 @@ TEST(manual, examples_work_as_pasted) {
             ++run;
         }
     }
-    EXPECT_GT(run, 20);
+    EXPECT_GT(run, 45);
 }
 
 TEST(manual, only_what_there_is_can_be_generated) {

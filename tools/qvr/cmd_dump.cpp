@@ -206,7 +206,7 @@ void add_dump(command_line& to) {
     list.explain(k_more);
     list.positional("FILE.qvr", options->input, "File to look at; '-' is standard input");
     list.number("--frame", options->only_frame, "Show this frame alone, counted from 0");
-    list.number("--hex", options->hex_bytes, "Show the first N bytes of each payload");
+    list.number("--hex", options->hex_bytes, "Show the first N bytes of each payload; default: 0");
     list.flag("--json", options->json, k_json_help);
 }
 

@@ -120,7 +120,7 @@ void add_join(command_line& to) {
     list.positionals("PART.qvr", options->parts, "Files to join, in the order of their frames");
     list.text("-o,--output", options->output, "OUT.qvr", "File to write; '-' is standard output");
     list.require("--output");
-    list.text("--manifest", options->manifest, "FILE", "Write a manifest of the joined file");
+    list.text("--manifest", options->manifest, "FILE", "Write a manifest of the joined file; default: none");
     list.flag("-q,--quiet", options->quiet, "Print nothing when all goes well");
 }
 

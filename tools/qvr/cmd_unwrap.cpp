@@ -27,7 +27,7 @@ of the same names are replaced, others are left alone.
 
 Examples:
   qvr unwrap out.qvr --into parts
-  qvr unwrap out.qvr --into parts --frame 7)";
+  qvr unwrap out.qvr --into first --frame 0)";
 
 struct unwrap_options {
     std::string input;

@@ -3,6 +3,7 @@
 
 #include <strings.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
@@ -64,7 +65,11 @@ frame_rate parse_rate(const std::string& text) {
 std::vector<std::string> order_names() {
     std::vector<std::string> names = names_of(all_orders());
     const std::vector<std::string> whole_formats = names_of(all_named_formats());
-    names.insert(names.end(), whole_formats.begin(), whole_formats.end());
+    for (const std::string& name : whole_formats) {  // some name an order as well
+        if (std::find(names.begin(), names.end(), name) == names.end()) {
+            names.push_back(name);
+        }
+    }
     return names;
 }
 
@@ -77,7 +82,9 @@ void layout_options::add_format(argument_list& to, const char* order_help, const
     const std::string both = prefix + "format";
     to.text((prefix + "order").c_str(), order, "N|NAME", order_help);
     to.text((prefix + "type").c_str(), type, "N|NAME", type_help);
-    to.text(both.c_str(), format, "NAME", "Order and type in one: a name of the third table of 'qvr formats'");
+    to.text(both.c_str(), format, "NAME",
+            "Order and type in one: a name of the third table of 'qvr formats';\n"
+            "not given: what --order and --type say");
     to.suggest((prefix + "order").c_str(), order_names());
     to.suggest((prefix + "type").c_str(), type_names());
     to.suggest(both.c_str(), names_of(all_named_formats()));

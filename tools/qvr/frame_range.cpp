@@ -108,10 +108,13 @@ std::optional<unsigned long long> frame_range::count(const std::optional<unsigne
 }
 
 void range_options::add(argument_list& to) {
-    to.text("--range", range, "A-B", "Only the frames A to B, counted from 0; A- is all from A on, A is one frame");
+    to.text("--range", range, "A-B",
+            "Only the frames A to B, counted from 0; A- is all from A on, A is one frame;\n"
+            "default: all frames");
     to.text("--chunk", chunk, "I/N",
             "Only the I-th of N parts of nearly the same size, I from 1 to N;\n"
-            "'auto' takes both from the Slurm job array that the command runs in");
+            "'auto' takes both from the Slurm job array that the command runs in;\n"
+            "default: all of them");
 }
 
 frame_range range_options::resolve(const std::optional<unsigned long long>& total,

@@ -22,7 +22,7 @@ void work_options::add(argument_list& to) {
     to.flag("--keep-going", keep_going, "Leave frames with bad data out, say which, and exit with 1 at the end");
     to.text("--progress", progress, "FORM",
             "'auto' shows a line on a terminal and nothing elsewhere, 'json' writes JSON\n"
-            "lines to standard error, 'none' is silent");
+            "lines to standard error, 'none' is silent; default: auto");
     to.suggest("--progress", {"auto", "json", "none"});
     to.group(nullptr);
 }
@@ -30,7 +30,7 @@ void work_options::add(argument_list& to) {
 void work_options::add_manifest(argument_list& to, std::string& path) {
     to.text("--manifest", path, "FILE",
             "Write a list of the frames of the .qvr file with their sizes and checksums,\n"
-            "one line of JSON each");
+            "one line of JSON each; default: none");
 }
 
 unsigned usable_processors() {
