@@ -140,7 +140,7 @@ INPUTS = {
 
 
 # What pages look for in a build folder. Not the folder itself: a block must not be able to change it.
-BUILT = ("src/libQVRUncompressed*", "tools/qvr/qvr", "examples/*")
+BUILT = ("src/libQVRUncompressed*", "tools/qvr/qvr", "examples/*", "plugins/gstreamer/*.so")
 
 
 def furnish(folder, source, build):

@@ -38,14 +38,14 @@ def load_schemas():
         with open(os.path.join(FOLDER, name), encoding="ascii") as file:
             schema = json.load(file)
         jsonschema.Draft7Validator.check_schema(schema)
-        schemas[schema["properties"]["schema"]["const"]] = closed(schema)
+        schemas[name.replace("-1.schema.json", "/1")] = closed(schema)
     return schemas
 
 
-def lines_of(*arguments):
+def lines_of(*arguments, stream="stdout"):
     done = subprocess.run([QVR, *arguments], stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
     assert done.returncode in (0, 1), (arguments, done.stderr)
-    return [json.loads(line) for line in done.stdout.splitlines()]
+    return [json.loads(line) for line in getattr(done, stream).splitlines() if line.startswith(b"{")]
 
 
 def box(kind, *content):
@@ -71,6 +71,10 @@ def all_documents():
     documents += lines_of("wrap", "--qcx", "q.bin", "--alpha", "m.raw", "--size", "4x2", "--type", "U8", "b.qvr", "--json")
     documents += lines_of("wrap", "--tiles", "q.bin", "m.raw", "--size", "4x2", "c.qvr", "--json")
     documents += lines_of("unwrap", "b.qvr", "--into", "parts", "--json")
+    documents += lines_of("convert", "a.qvr", "d.qvr", "--json", "-q")
+    documents += lines_of("join", "a.qvr", "d.qvr", "-o", "e.qvr", "--json", "-q")
+    documents += lines_of("formats", "--json")
+    documents += lines_of("bench", "--size", "64x32", "--seconds", "0", "--order", "RGBA", "--json")
     damaged = box(b"pack", plane(b"what"), box(b"sdat", bytes(3)), b"xyz")
     with open("all.qvr", "wb") as all_frames:
         for name in ("a.qvr", "b.qvr", "c.qvr"):
@@ -84,8 +88,23 @@ def all_documents():
     return documents
 
 
-def errors_of(schemas, document):
-    return list(jsonschema.Draft7Validator(schemas[document["schema"]]).iter_errors(document))
+def all_lists():
+    """Lists whose first line alone names the schema: manifests, and how far work has come."""
+    with open("damaged.qvr", "wb") as file, open("a.qvr", "rb") as good:
+        whole = good.read()
+        file.write(whole + box(b"pack", bytes(40)) + whole)
+    progress = lines_of("decode", "damaged.qvr", "f.raw", "--progress", "json", "--keep-going", stream="stderr")
+    kinds = {line["event"] for line in progress}
+    assert {"start", "frame_failed", "end"} <= kinds, kinds
+    lines_of("encode", PICTURE, "g.qvr", "--manifest", "g.manifest", "-q")
+    with open("g.manifest", encoding="ascii") as file:
+        manifest = [json.loads(line) for line in file]
+    assert len(manifest) == 3
+    return progress, manifest
+
+
+def errors_of(schemas, document, schema=None):
+    return list(jsonschema.Draft7Validator(schemas[schema or document["schema"]]).iter_errors(document))
 
 
 def fields_of(schema):
@@ -120,7 +139,13 @@ def main():
                 changed[name] = {"no": "value"}
                 assert errors_of(schemas, changed), name
         assert errors_of(schemas, dict(document, more=1))
-    assert {document["schema"] for document in documents} == set(schemas)
+    lists = all_lists()
+    for lines in lists:
+        for line in lines:
+            for error in errors_of(schemas, line, lines[0]["schema"]):
+                sys.exit(f"{lines[0]['schema']}: {error.message}\n{line}")
+            assert errors_of(schemas, dict(line, more=1), lines[0]["schema"])
+    assert {document["schema"] for document in documents + [lines[0] for lines in lists]} == set(schemas)
     with open(DOCUMENT, encoding="ascii") as file:
         text = file.read()
     missing = [name for name in sorted(set(fields_of(list(schemas.values())))) if f"`{name}`" not in text]

@@ -82,7 +82,7 @@ void write_example_files(const scratch_folder& folder) {
     for (const char* made :
          {"mkdir shot frames", "qvr convert clip.uyvy clip.y4m --size 1920x1080",
           "qvr convert shot.raw shot/frame.%04d.exr --size 8x4 --order RGB --type Float --out-start 1001",
-          "qvr encode photo.png plain.qvr"}) {
+          "qvr encode photo.png plain.qvr", "cp plain.qvr titles.qvr"}) {
         const outcome result = folder.command({"bash", "-c", made});
         ASSERT_EQ(result.code, 0) << made << "\n" << result.err;
     }

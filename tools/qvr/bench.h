@@ -52,7 +52,7 @@ std::string format_name(const bench_result& result);
 std::string setting_text(const bench_report& report);
 
 std::string bench_table(const bench_report& report);
-std::string bench_json(const bench_report& report);
+void print_bench_json(const bench_report& report);
 // A PNG, or an SVG when the file's name says so.
 void write_bench_plot(const bench_report& report, const std::string& path);
 

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <cstdio>
-#include <nlohmann/json.hpp>
 
 #include "bench.h"
+#include "json_output.h"
 
 namespace qvr {
 
 namespace {
-
-using json = nlohmann::ordered_json;
 
 json speed_json(const bench_result& result, double seconds) {
     return {{"seconds", seconds},
@@ -17,13 +15,11 @@ json speed_json(const bench_result& result, double seconds) {
             {"to_memcpy", result.copy / seconds}};
 }
 
-json named(std::uint32_t number, const char* name) {
-    return {{"number", number}, {"name", name}};
-}
-
 json result_json(const bench_result& result) {
-    return {{"order", named(result.order, find_order(result.order)->name)},
-            {"type", named(result.type, find_type(result.type)->name)},
+    return {{"order", result.order},
+            {"order_name", find_order(result.order)->name},
+            {"type", result.type},
+            {"type_name", find_type(result.type)->name},
             {"raw_bytes", result.raw_bytes},
             {"coded_bytes", result.coded_bytes},
             {"rounds", result.rounds},
@@ -68,18 +64,23 @@ std::string bench_table(const bench_report& report) {
     return table;
 }
 
-std::string bench_json(const bench_report& report) {
+void print_bench_json(const bench_report& report) {
     const bench_setting& setting = report.setting;
     json results = json::array();
     for (const bench_result& result : report.results) {
         results.push_back(result_json(result));
     }
-    const json document = {{"schema", "qvr-bench/1"},       {"library", report.version},
-                           {"processor", report.processor}, {"processors", report.processors},
-                           {"threads", setting.threads},    {"width", setting.width},
-                           {"height", setting.height},      {"alpha_rle", setting.alpha_rle},
-                           {"seconds", setting.seconds},    {"results", results}};
-    return document.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
+    json document = json_document("qvr-bench/1");
+    document.update({{"library", report.version},
+                     {"processor", report.processor},
+                     {"processors", report.processors},
+                     {"threads", setting.threads},
+                     {"width", setting.width},
+                     {"height", setting.height},
+                     {"alpha_rle", setting.alpha_rle},
+                     {"seconds", setting.seconds},
+                     {"results", results}});
+    print_json(document);
 }
 
 }  // namespace qvr

@@ -4,6 +4,7 @@
 
 #include "bench.h"
 #include "command.h"
+#include "json_output.h"
 
 namespace qvr {
 
@@ -79,7 +80,11 @@ void run(const bench_options& options) {
                    "give a name that ends in .svg or .png");
     }
     const bench_report report = run_bench(setting_of(options));
-    std::fputs((options.json ? bench_json(report) : bench_table(report)).c_str(), stdout);
+    if (options.json) {
+        print_bench_json(report);
+    } else {
+        std::fputs(bench_table(report).c_str(), stdout);
+    }
     finish_standard_output();
     if (!options.plot.empty()) {
         write_bench_plot(report, options.plot);
@@ -102,7 +107,7 @@ void add_bench(command_line& to) {
                 "Threads of the codec, 0: one for each processor; default: 1, as memcpy has", k_most_threads);
     list.number("--seconds", options->seconds, "Time for each format; default: 0.2, and three rounds at least", 0,
                 3600);
-    list.flag("--json", options->json, "Print JSON for programs, schema qvr-bench/1");
+    list.flag("--json", options->json, k_json_help);
     list.text("--plot", options->plot, "FILE",
               "Draw the speeds into NAME.svg or NAME.png as well; default: no picture");
 }

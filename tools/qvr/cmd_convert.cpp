@@ -6,6 +6,7 @@
 #include "container_files.h"
 #include "containers.h"
 #include "frame_work.h"
+#include "json_output.h"
 #include "sequence.h"
 
 namespace qvr {
@@ -43,6 +44,7 @@ struct convert_options {
     run_options run;
     work_options work;
     std::string manifest;
+    bool json = false;
 };
 
 void require_distinct(const convert_options& options) {
@@ -103,6 +105,9 @@ void keep_rate(const frame_input& input, const convert_options& options, layout_
 }
 
 void run_convert(convert_options& options) {
+    if (options.json) {
+        require_free_output(options.output);
+    }
     require_distinct(options);
     options.in.strict = options.out.strict;
     layout_request from = options.in.resolve();
@@ -115,7 +120,12 @@ void run_convert(convert_options& options) {
     work_ends ends = {"convert", input_text(options.input), open_again(), nullptr, open_again};
     keep_rate(*ends.input, options, to);
     ends.output = open_output(options.output, to, options.manifest);
-    say_report(ends, do_work(ends, options.work, options.run), options.run, "");
+    const work_report report = do_work(ends, options.work, options.run);
+    say_report(ends, report, options.run, "");
+    if (options.json) {
+        print_result(ends.task, ends.output->name(), report.frames, report.time,
+                     {{"format", json_format(report.layout)}});
+    }
 }
 
 }  // namespace
@@ -128,9 +138,11 @@ void add_convert(command_line& to) {
     list.positional("OUT", options->output, "File to write; '-' is standard output");
     options->in.add_container(list, "--from");
     options->out.add_container(list, "--to");
-    list.text("--size", options->in.size, "WxH", "IN holds raw frames of this size in pixels");
-    options->in.add_format(list, "Order of the samples of IN, by number or name: see 'qvr formats'",
-                           "Type of the samples of IN, by number or name: see 'qvr formats'");
+    list.text("--size", options->in.size, "WxH",
+              "IN holds raw frames of this size in pixels; default: IN says its size");
+    options->in.add_format(
+        list, "Order of the samples of IN, by number or name: see 'qvr formats';\ndefault: what IN or its name says",
+        "Type of the samples of IN, by number or name: see 'qvr formats';\ndefault: what IN or its name says");
     options->in.add_strides(list);
     list.flag("--interlaced", options->in.interlaced, "Mark the frames as interlaced");
     options->in.add_start(list);
@@ -147,6 +159,7 @@ void add_convert(command_line& to) {
     options->run.add(list, false);
     options->work.add(list);
     options->work.add_manifest(list, options->manifest);
+    list.flag("--json", options->json, k_json_help);
 }
 
 }  // namespace qvr

@@ -27,7 +27,7 @@ OUT appears only when it is complete. '-' is standard input or output.
 Examples:
   qvr decode photo.qvr photo.png
   qvr decode clip.qvr clip.y4m --rate 30000:1001
-  qvr decode clip.qvr frames/frame.%04d.png --start 1
+  qvr decode titles.qvr frames/frame.%04d.png --start 1
   qvr decode clip.qvr clip.yuv --order YUY2
   qvr decode clip.qvr frame7.raw --frame 7
   qvr decode clip.qvr - --format v210 | playout)";

@@ -205,7 +205,7 @@ void add_dump(command_line& to) {
     argument_list list = to.add_command("dump", k_about, [options] { dumping(*options).run(); });
     list.explain(k_more);
     list.positional("FILE.qvr", options->input, "File to look at; '-' is standard input");
-    list.number("--frame", options->only_frame, "Show this frame alone, counted from 0");
+    list.number("--frame", options->only_frame, "Show this frame alone, counted from 0; default: all frames");
     list.number("--hex", options->hex_bytes, "Show the first N bytes of each payload; default: 0");
     list.flag("--json", options->json, k_json_help);
 }

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "command.h"
+#include "json_output.h"
 #include "manifest_check.h"
 
 namespace qvr {
@@ -27,6 +28,7 @@ struct join_options {
     std::string output;
     std::string manifest;
     bool quiet = false;
+    bool json = false;
 };
 
 std::optional<std::string> manifest_beside(const std::string& part) {
@@ -59,6 +61,10 @@ class joining {
             say(output.name() + ": " + std::to_string(frames) + (frames == 1 ? " frame of " : " frames of ") +
                 std::to_string(options.parts.size()) + (options.parts.size() == 1 ? " part, " : " parts, ") +
                 std::to_string(listed) + " with a manifest");
+        }
+        if (options.json) {
+            print_result("join", output.name(), frames, {},
+                         {{"bytes", output.bytes_written()}, {"parts", options.parts.size()}});
         }
     }
 
@@ -114,6 +120,9 @@ void add_join(command_line& to) {
     const auto options = std::make_shared<join_options>();
     argument_list list = to.add_command("join", k_about, [options] {
         require_other_file(*options);
+        if (options->json) {
+            require_free_output(options->output);
+        }
         joining(*options).run();
     });
     list.explain(k_more);
@@ -122,6 +131,7 @@ void add_join(command_line& to) {
     list.require("--output");
     list.text("--manifest", options->manifest, "FILE", "Write a manifest of the joined file; default: none");
     list.flag("-q,--quiet", options->quiet, "Print nothing when all goes well");
+    list.flag("--json", options->json, k_json_help);
 }
 
 }  // namespace qvr

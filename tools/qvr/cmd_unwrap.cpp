@@ -128,7 +128,7 @@ class unwrapping {
         if (frames == 0 && reader.number() > 0) {
             throw failure(exit_code::usage, {input.name(), {}},
                           "there is no frame " + std::to_string(*options.only_frame) + ": the file holds " +
-                              std::to_string(reader.number()) + ", counted from 0");
+                              std::to_string(reader.number()) + ", counted from 0; default: all frames");
         }
         if (frames == 0) {
             throw failure(exit_code::data, {input.name(), {}}, "there is no frame in it: the file is empty");
@@ -161,7 +161,7 @@ void add_unwrap(command_line& to) {
     list.positional("IN.qvr", options->input, "File to take apart; '-' is standard input");
     list.text("--into", options->folder, "DIR", "Folder for the files");
     list.require("--into");
-    list.number("--frame", options->only_frame, "Take apart this frame alone, counted from 0");
+    list.number("--frame", options->only_frame, "Take apart this frame alone, counted from 0; default: all frames");
     options->run.add(list);
     list.flag("--json", options->json, k_json_help);
 }

@@ -191,10 +191,11 @@ void add_verify(command_line& to) {
     argument_list list = to.add_command("verify", k_about, [options] { verifying(*options).run(); });
     list.explain(help_text().c_str());
     list.positional("FILE.qvr", options->input, "File to check; '-' is standard input");
-    list.number("--frame", options->only_frame, "Check this frame alone, counted from 0");
+    list.number("--frame", options->only_frame, "Check this frame alone, counted from 0; default: all frames");
     list.flag("--strict", options->strict, "Take warnings for errors");
     list.text("--manifest", options->manifest, "FILE",
-              "Hold the file against this manifest as well: all frames, their sizes and checksums");
+              "Hold the file against this manifest as well: all frames, their sizes and checksums;\n"
+              "default: none");
     list.excludes("--manifest", "--frame");
     list.flag("--json", options->json, k_json_help);
     options->run.add(list);
