@@ -8,7 +8,7 @@
 Each part of PARTS that was not built is named by --without.
 
 Each page has a temporary folder of its own, where its blocks run from top to bottom. It looks like the root of the
-repository (links to all that lies there), build/demo, build/test and build/release have what was built (BUILT), and it
+repository (links to all that lies there), build/demo, build/package and build/release have what was built (BUILT), and it
 holds the files of INPUTS. 'qvr' and the examples are on PATH; the library is installed in a folder that compilers,
 CMake, pkg-config and the loader look into.
 
@@ -147,7 +147,7 @@ def furnish(folder, source, build):
     for entry in source.iterdir():
         if entry.name != ".git" and not entry.name.startswith("build"):
             (folder / entry.name).symlink_to(entry)
-    for name in ("demo", "test", "release"):
+    for name in ("demo", "package", "release"):
         for pattern in BUILT:
             for file in filter(pathlib.Path.is_file, build.glob(pattern)):
                 link = folder / "build" / name / file.relative_to(build)
