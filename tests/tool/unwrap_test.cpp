@@ -125,9 +125,10 @@ TEST(unwrap, decoding_such_a_frame_says_that_only_its_alpha_comes_out) {
     folder.write("all.qvr", content);
     const outcome result = folder.qvr({"decode", "all.qvr", "alpha.raw", "-q"});
     EXPECT_EQ(result.code, 0);
-    EXPECT_EQ(result.err,
-              "qvr: warning: all.qvr: frame 0 at offset 0: only the alpha plane is decoded; 'qvr unwrap' takes out the "
-              "compressed frame beside it\n");
+    EXPECT_EQ(
+        result.err,
+        "qvr: warning: all.qvr: only alpha planes are decoded; 'qvr unwrap' takes out the compressed frames beside "
+        "them\n");
     EXPECT_EQ(folder.read("alpha.raw").size(), 16u);
 }
 

@@ -47,9 +47,7 @@ void tell_of_payload(const frame_job& in, std::atomic<bool>& told) {
     const bytes_view stream = in.bitstream();
     if (QVRUncompressed_ReadWrapCount(stream.data, static_cast<std::uint32_t>(stream.size)) > 0 &&
         !told.exchange(true)) {
-        warn(in.place.file, in.place.spot +
-                                ": only the alpha plane is decoded; 'qvr unwrap' takes out the compressed frame "
-                                "beside it");
+        warn(in.place.file, "only alpha planes are decoded; 'qvr unwrap' takes out the compressed frames beside them");
     }
 }
 

@@ -128,7 +128,7 @@ class unwrapping {
         if (frames == 0 && reader.number() > 0) {
             throw failure(exit_code::usage, {input.name(), {}},
                           "there is no frame " + std::to_string(*options.only_frame) + ": the file holds " +
-                              std::to_string(reader.number()) + ", counted from 0; default: all frames");
+                              std::to_string(reader.number()) + ", counted from 0");
         }
         if (frames == 0) {
             throw failure(exit_code::data, {input.name(), {}}, "there is no frame in it: the file is empty");
