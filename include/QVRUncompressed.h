@@ -34,7 +34,9 @@
 #include <stdint.h>
 
 /** @cond macros that make the declarations what they are */
-#if defined(__GNUC__)
+#if defined(QVRUNCOMPRESSED_API)
+/* Said by whoever compiles the library into something of their own. */
+#elif defined(__GNUC__)
 #define QVRUNCOMPRESSED_API __attribute__((visibility("default")))
 #else
 #define QVRUNCOMPRESSED_API
