@@ -122,9 +122,10 @@ GstFlowReturn negotiate(GstVideoDecoder* decoder, const frame_params& stream) {
     GstCaps* const offered = decoded_caps(stream, settings_of(decoder).choice);
     if (gst_caps_is_empty(offered)) {
         gst_caps_unref(offered);
-        GST_ELEMENT_ERROR(decoder, STREAM, NOT_IMPLEMENTED, ("There is no raw video format for this stream."),
-                          ("order %u, component type %u%s", stream.colorComponentOrder, stream.componentType,
-                           is_packed_444(stream) ? "; set packed-444 to say what its three samples are" : ""));
+        GST_ELEMENT_ERROR(decoder, STREAM, NOT_IMPLEMENTED,
+                          ("There is no raw video format for this stream: %s%s.", description_of(stream).c_str(),
+                           is_packed_444(stream) ? "; set packed-444 to say what its three samples are" : ""),
+                          ("order %u, component type %u", stream.colorComponentOrder, stream.componentType));
         return GST_FLOW_ERROR;
     }
     state.row = choose(decoder, offered);
@@ -133,7 +134,9 @@ GstFlowReturn negotiate(GstVideoDecoder* decoder, const frame_params& stream) {
                                                                  interlace_mode_of(state.input->info, stream),
                                                                  stream.width, stream.height, state.input);
     state.stream = stream;
-    return state.output != nullptr && gst_video_decoder_negotiate(decoder) ? GST_FLOW_OK : GST_FLOW_NOT_NEGOTIATED;
+    return state.output != nullptr && gst_video_decoder_negotiate(decoder)
+               ? GST_FLOW_OK
+               : caps_refused(GST_VIDEO_DECODER_SRC_PAD(decoder));
 }
 
 bool is_negotiated_for(GstVideoDecoder* decoder, const frame_params& stream) {
@@ -227,8 +230,7 @@ GstFlowReturn handle_frame(GstVideoDecoder* decoder, GstVideoCodecFrame* frame) 
                       QVRUncompressed_StatusOk) {
         return drop_damaged(decoder, frame, state.codec->message());
     }
-    const bool is_stitched = stream.colorComponentOrder == 0;
-    if (!is_stitched && !is_small_enough(stream)) {
+    if (!is_small_enough(stream)) {
         return drop_damaged(decoder, frame, "its dimensions are 0 or too large");
     }
     if (!is_negotiated_for(decoder, stream)) {

@@ -17,6 +17,11 @@ bool register_decoder(GstPlugin* plugin);
 bool register_parser(GstPlugin* plugin);
 bool register_typefinder(GstPlugin* plugin);
 
+// What to return when downstream did not take the caps: a pad that is being flushed takes none, and is not at fault.
+inline GstFlowReturn caps_refused(GstPad* pad) {
+    return GST_PAD_IS_FLUSHING(pad) ? GST_FLOW_FLUSHING : GST_FLOW_NOT_NEGOTIATED;
+}
+
 // A GObject type of an instance and a class structure; to be called once.
 template <class Instance, class Class>
 GType new_type(GType parent, const char* name, void (*class_init)(gpointer, gpointer),

@@ -42,31 +42,46 @@ constexpr format_row k_rows[] = {
 
 enum class colour : std::uint8_t { none, ycbcr_422, ycbcr_444, ycbcr_420, rgb, alpha_alone };
 
-// What is stored of each order, whatever the arrangement in memory.
+// What is stored of each order, whatever the arrangement in memory, and what `qvr` calls it.
 struct stored_planes {
     colour main;
     bool alpha;
+    const char* name;
 };
 
 constexpr std::array<stored_planes, 17> k_stored = {{
-    {colour::none, false},        // no order
-    {colour::ycbcr_422, false},   // YCbYCr
-    {colour::ycbcr_422, false},   // CbYCrY
-    {colour::rgb, true},          // ARGB
-    {colour::rgb, true},          // BGRA
-    {colour::rgb, false},         // RGB
-    {colour::rgb, false},         // BGR
-    {colour::rgb, true},          // RGBA
-    {colour::rgb, true},          // ABGR
-    {colour::ycbcr_444, false},   // YCbCr444
-    {colour::ycbcr_420, false},   // Planar420
-    {colour::ycbcr_422, true},    // CbYACrYA
-    {colour::ycbcr_444, true},    // YCbCrA444
-    {colour::ycbcr_420, true},    // Planar420Alpha
-    {colour::alpha_alone, true},  // Alpha
-    {colour::ycbcr_422, true},    // YCbYCrPlanarAlpha
-    {colour::ycbcr_422, true},    // CbYCrYPlanarAlpha
+    {colour::none, false, "wrapped chunks"},
+    {colour::ycbcr_422, false, "YUY2"},
+    {colour::ycbcr_422, false, "UYVY"},
+    {colour::rgb, true, "ARGB"},
+    {colour::rgb, true, "BGRA"},
+    {colour::rgb, false, "RGB"},
+    {colour::rgb, false, "BGR"},
+    {colour::rgb, true, "RGBA"},
+    {colour::rgb, true, "ABGR"},
+    {colour::ycbcr_444, false, "YUV444"},
+    {colour::ycbcr_420, false, "I420"},
+    {colour::ycbcr_422, true, "UYAVYA"},
+    {colour::ycbcr_444, true, "YUVA444"},
+    {colour::ycbcr_420, true, "A420"},
+    {colour::alpha_alone, true, "Alpha"},
+    {colour::ycbcr_422, true, "YUY2+A"},
+    {colour::ycbcr_422, true, "UYVY+A"},
 }};
+
+constexpr struct {
+    std::uint32_t type;
+    const char* name;
+} k_types[] = {
+    {QVRUncompressed_TypeU8, "U8"},
+    {QVRUncompressed_TypeU16, "U16"},
+    {QVRUncompressed_TypeU10, "U10"},
+    {QVRUncompressed_TypeU12, "U12"},
+    {QVRUncompressed_TypeU10Packed, "U10Packed"},
+    {QVRUncompressed_TypeHalf, "Half"},
+    {QVRUncompressed_TypeFloat, "Float"},
+    {QVRUncompressed_TypeFixed16, "Fixed16"},
+};
 
 const stored_planes& planes_of(std::uint32_t order) {
     return k_stored[order < k_stored.size() ? order : 0];
@@ -178,6 +193,24 @@ GstCaps* decoded_caps(const frame_params& stream, packed_444 choice) {
                                     static_cast<int>(stream.height), nullptr));
     }
     return caps;
+}
+
+bool is_wrapped_chunks(const frame_params& stream) {
+    return stream.colorComponentOrder == 0;
+}
+
+bool has_plain_dimensions(const frame_params& stream) {
+    return stream.width > 0 && stream.height > 0 && stream.width <= k_most_pixels && stream.height <= k_most_pixels;
+}
+
+std::string description_of(const frame_params& stream) {
+    std::string text = planes_of(stream.colorComponentOrder).name;
+    for (const auto& each : k_types) {
+        if (each.type == stream.componentType && !is_wrapped_chunks(stream)) {
+            text += std::string(" ") + each.name;
+        }
+    }
+    return text;
 }
 
 bool is_packed_444(const frame_params& stream) {

@@ -7,6 +7,7 @@
 #include <gst/video/video.h>
 
 #include <cstdint>
+#include <string>
 
 namespace qvr_gst {
 
@@ -41,6 +42,15 @@ GstCaps* template_caps(dimensions which);
 // What a frame that reads as `stream` can be decoded into, the best first: its own layout, then those that keep its
 // alpha. Empty when there is nothing.
 GstCaps* decoded_caps(const frame_params& stream, packed_444 choice);
+
+// Whether that is a run of wrapped chunks, which have no samples to decode.
+bool is_wrapped_chunks(const frame_params& stream);
+
+// Whether width and height are from 1 to k_most_pixels.
+bool has_plain_dimensions(const frame_params& stream);
+
+// What is in a stream, by name and for messages: "RGB Half" or "wrapped chunks".
+std::string description_of(const frame_params& stream);
 
 // Whether that is a stream which packed_444 has to be given for.
 bool is_packed_444(const frame_params& stream);

@@ -27,6 +27,7 @@ void frame_index::clear() {
     const std::lock_guard<std::mutex> guard(lock);
     from_start = {};
     from_seek = {};
+    common_size = 0;
     one_size = true;
 }
 
@@ -47,7 +48,8 @@ void frame_index::append(run& to, std::uint64_t offset, std::uint32_t size) {
 
 std::optional<std::uint64_t> frame_index::find(std::uint64_t frame, GstPad* pad) {
     const std::lock_guard<std::mutex> guard(lock);
-    if (one_size && common_size != 0 && frame >= from_start.offsets.size()) {
+    const bool computable = one_size && common_size != 0 && frame < G_MAXINT64 / common_size;
+    if (computable && frame >= from_start.offsets.size()) {
         const std::uint64_t guess = frame * common_size;
         if (frame_size_at(pad, guess) == common_size) {
             from_seek = {frame, {guess}, guess + common_size};

@@ -80,8 +80,8 @@ void copy_field_flags(GstBuffer* from, GstBuffer* to) {
 
 bool is_small_enough(const frame_params& up) {
     constexpr std::uint64_t k_most_sample_bytes = 8;  // of a pixel, in any of the formats here
-    return up.width > 0 && up.height > 0 && up.width <= k_most_pixels && up.height <= k_most_pixels &&
-           k_most_sample_bytes * up.width * up.height <= std::numeric_limits<std::uint32_t>::max();
+    return is_wrapped_chunks(up) || (has_plain_dimensions(up) && k_most_sample_bytes * up.width * up.height <=
+                                                                     std::numeric_limits<std::uint32_t>::max());
 }
 
 }  // namespace qvr_gst

@@ -31,9 +31,9 @@ struct fraction {
 constexpr fraction k_default_rate = {25, 1};
 
 struct parser_state {
-    fraction wanted_rate;  // the property, under the object's lock; 0: as upstream says
-    fraction rate = k_default_rate;
-    GstCaps* upstream = nullptr;  // what its caps say goes on, as far as the frames do not say otherwise
+    fraction wanted_rate;            // the property, under the object's lock; 0: as upstream says
+    fraction rate = k_default_rate;  // the one that counts, under the object's lock as seeking threads read it
+    GstCaps* upstream = nullptr;     // what its caps say goes on, as far as the frames do not say otherwise
     std::unique_ptr<decoder_codec> codec;
     std::optional<frame_params> described;  // by the caps downstream
     bool timed_upstream = false;            // upstream's buffers have times of their own
@@ -49,6 +49,14 @@ GstBaseParseClass* parent_class = nullptr;
 
 parser_state& state_of(gpointer object) {
     return *static_cast<parser_element*>(object)->state;
+}
+
+// A rate, which another thread may be about to change.
+fraction copy_of(gpointer object, fraction parser_state::*rate) {
+    GST_OBJECT_LOCK(object);
+    const fraction copy = state_of(object).*rate;
+    GST_OBJECT_UNLOCK(object);
+    return copy;
 }
 
 // ---- Properties
@@ -68,9 +76,7 @@ void get_property(GObject* object, guint id, GValue* value, GParamSpec* spec) {
         G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
         return;
     }
-    GST_OBJECT_LOCK(object);
-    const fraction rate = state_of(object).wanted_rate;
-    GST_OBJECT_UNLOCK(object);
+    const fraction rate = copy_of(object, &parser_state::wanted_rate);
     gst_value_set_fraction(value, rate.numerator, rate.denominator);
 }
 
@@ -79,18 +85,19 @@ void get_property(GObject* object, guint id, GValue* value, GParamSpec* spec) {
 // The property, else what upstream says, else the default.
 void choose_rate(GstBaseParse* parser) {
     parser_state& state = state_of(parser);
+    fraction rate = copy_of(parser, &parser_state::wanted_rate);
+    if (rate.numerator == 0 && state.upstream != nullptr) {
+        gst_structure_get_fraction(gst_caps_get_structure(state.upstream, 0), "framerate", &rate.numerator,
+                                   &rate.denominator);
+    }
+    if (rate.numerator <= 0) {
+        rate = k_default_rate;
+    }
     GST_OBJECT_LOCK(parser);
-    state.rate = state.wanted_rate;
+    state.rate = rate;
     GST_OBJECT_UNLOCK(parser);
-    if (state.rate.numerator == 0 && state.upstream != nullptr) {
-        gst_structure_get_fraction(gst_caps_get_structure(state.upstream, 0), "framerate", &state.rate.numerator,
-                                   &state.rate.denominator);
-    }
-    if (state.rate.numerator <= 0) {
-        state.rate = k_default_rate;
-    }
-    gst_base_parse_set_frame_rate(parser, static_cast<guint>(state.rate.numerator),
-                                  static_cast<guint>(state.rate.denominator), 0, 0);
+    gst_base_parse_set_frame_rate(parser, static_cast<guint>(rate.numerator), static_cast<guint>(rate.denominator), 0,
+                                  0);
 }
 
 GstClockTime time_of(const fraction& rate, std::uint64_t frame) {
@@ -144,22 +151,30 @@ const char* interlace_mode_of(const frame_params& frame, const GstStructure* ups
     return frame.frameLayout == QVRUncompressed_LayoutInterlaced ? "interleaved" : "progressive";
 }
 
-bool describe(GstBaseParse* parser, const frame_params& frame) {
+// Wrapped chunks may have any dimensions, also such as caps cannot say.
+GstFlowReturn describe(GstBaseParse* parser, const frame_params& frame) {
     parser_state& state = state_of(parser);
     if (state.described && state.described->width == frame.width && state.described->height == frame.height &&
         state.described->frameLayout == frame.frameLayout) {
-        return true;
+        return GST_FLOW_OK;
     }
+    const fraction rate = copy_of(parser, &parser_state::rate);
     GstCaps* const caps =
         state.upstream != nullptr ? gst_caps_copy(state.upstream) : gst_caps_new_empty_simple(k_media_type);
-    gst_caps_set_simple(caps, "parsed", G_TYPE_BOOLEAN, TRUE, "width", G_TYPE_INT, static_cast<gint>(frame.width),
-                        "height", G_TYPE_INT, static_cast<gint>(frame.height), "framerate", GST_TYPE_FRACTION,
-                        state.rate.numerator, state.rate.denominator, "interlace-mode", G_TYPE_STRING,
+    const auto dimension = [](std::uint32_t value) {
+        return static_cast<gint>(std::clamp<std::uint32_t>(value, 1, k_most_pixels));
+    };
+    gst_caps_set_simple(caps, "parsed", G_TYPE_BOOLEAN, TRUE, "width", G_TYPE_INT, dimension(frame.width), "height",
+                        G_TYPE_INT, dimension(frame.height), "framerate", GST_TYPE_FRACTION, rate.numerator,
+                        rate.denominator, "interlace-mode", G_TYPE_STRING,
                         interlace_mode_of(frame, gst_caps_get_structure(caps, 0)), nullptr);
     const bool taken = gst_pad_set_caps(GST_BASE_PARSE_SRC_PAD(parser), caps) != FALSE;
     gst_caps_unref(caps);
+    if (!taken) {
+        return caps_refused(GST_BASE_PARSE_SRC_PAD(parser));
+    }
     state.described = frame;
-    return taken;
+    return GST_FLOW_OK;
 }
 
 // ---- Frames
@@ -182,7 +197,8 @@ void set_duration(GstBaseParse* parser, std::uint32_t size) {
     gint64 total = 0;
     if (gst_pad_peer_query_duration(GST_BASE_PARSE_SINK_PAD(parser), GST_FORMAT_BYTES, &total) && total > 0 &&
         total % size == 0) {
-        const GstClockTime duration = time_of(state_of(parser).rate, static_cast<std::uint64_t>(total / size));
+        const GstClockTime duration =
+            time_of(copy_of(parser, &parser_state::rate), static_cast<std::uint64_t>(total / size));
         gst_base_parse_set_duration(parser, GST_FORMAT_TIME, static_cast<gint64>(duration), 0);
     }
 }
@@ -198,8 +214,9 @@ void set_times(GstBaseParse* parser, GstBaseParseFrame* frame, std::uint32_t siz
     }
     state.index.add(frame->offset, size);
     if (const std::optional<std::uint64_t> number = state.index.number_of(frame->offset)) {
-        GST_BUFFER_PTS(frame->buffer) = time_of(state.rate, *number);
-        GST_BUFFER_DURATION(frame->buffer) = time_of(state.rate, *number + 1) - GST_BUFFER_PTS(frame->buffer);
+        const fraction rate = copy_of(parser, &parser_state::rate);
+        GST_BUFFER_PTS(frame->buffer) = time_of(rate, *number);
+        GST_BUFFER_DURATION(frame->buffer) = time_of(rate, *number + 1) - GST_BUFFER_PTS(frame->buffer);
     }
 }
 
@@ -219,8 +236,8 @@ GstFlowReturn finish(GstBaseParse* parser, GstBaseParseFrame* frame, const std::
             return GST_FLOW_OK;
         }
         frame->flags |= GST_BASE_PARSE_FRAME_FLAG_DROP;
-    } else if (!describe(parser, read)) {
-        return GST_FLOW_NOT_NEGOTIATED;
+    } else if (const GstFlowReturn described = describe(parser, read); described != GST_FLOW_OK) {
+        return described;
     }
     set_times(parser, frame, size);
     return gst_base_parse_finish_frame(parser, frame, static_cast<gint>(size));
@@ -240,6 +257,11 @@ GstFlowReturn look_at(GstBaseParse* parser, GstBaseParseFrame* frame, const mapp
         return GST_FLOW_OK;
     }
     const std::uint32_t size = frame_size(bytes.data());
+    if (size > std::uint32_t{G_MAXINT}) {
+        GST_ELEMENT_ERROR(parser, STREAM, DEMUX, ("A frame is larger than GStreamer's parsers take: 2 GiB or more."),
+                          ("%u bytes, at byte %" G_GUINT64_FORMAT, size, frame->offset));
+        return GST_FLOW_ERROR;
+    }
     if (bytes.size() >= size) {
         gst_base_parse_set_min_frame_size(parser, k_header_size);
         return finish(parser, frame, bytes.data(), size, skip);
@@ -266,7 +288,7 @@ GstFlowReturn handle_frame(GstBaseParse* parser, GstBaseParseFrame* frame, gint*
 // ---- Events
 
 // A seek to a frame number becomes one to its time.
-GstEvent* in_time(const parser_state& state, GstEvent* event) {
+GstEvent* in_time(const fraction& rate, GstEvent* event) {
     gdouble speed = 1;
     GstFormat format = GST_FORMAT_UNDEFINED;
     GstSeekFlags flags = GST_SEEK_FLAG_NONE;
@@ -279,7 +301,7 @@ GstEvent* in_time(const parser_state& state, GstEvent* event) {
         return event;
     }
     const auto time = [&](gint64 frame) {
-        return frame < 0 ? -1 : static_cast<gint64>(time_of(state.rate, static_cast<std::uint64_t>(frame)));
+        return frame < 0 ? -1 : static_cast<gint64>(time_of(rate, static_cast<std::uint64_t>(frame)));
     };
     GstEvent* const result =
         gst_event_new_seek(speed, GST_FORMAT_TIME, flags, start_type, time(start_at), stop_type, time(stop_at));
@@ -289,7 +311,7 @@ GstEvent* in_time(const parser_state& state, GstEvent* event) {
 }
 
 // Tells the base class where the wanted frame is, so that it need not guess from the average bit rate.
-void locate(GstBaseParse* parser, GstEvent* seek) {
+void locate(GstBaseParse* parser, const fraction& rate, GstEvent* seek) {
     GstFormat format = GST_FORMAT_UNDEFINED;
     gint64 time = 0;
     gst_event_parse_seek(seek, nullptr, &format, nullptr, nullptr, &time, nullptr, nullptr);
@@ -297,10 +319,9 @@ void locate(GstBaseParse* parser, GstEvent* seek) {
     if (format != GST_FORMAT_TIME || time < 0 || GST_PAD_MODE(pad) != GST_PAD_MODE_PULL) {
         return;
     }
-    parser_state& state = state_of(parser);
-    const std::uint64_t frame = frame_at(state.rate, static_cast<GstClockTime>(time));
-    if (const std::optional<std::uint64_t> offset = state.index.find(frame, pad)) {
-        gst_base_parse_add_index_entry(parser, *offset, time_of(state.rate, frame), TRUE, TRUE);
+    const std::uint64_t frame = frame_at(rate, static_cast<GstClockTime>(time));
+    if (const std::optional<std::uint64_t> offset = state_of(parser).index.find(frame, pad)) {
+        gst_base_parse_add_index_entry(parser, *offset, time_of(rate, frame), TRUE, TRUE);
     }
 }
 
@@ -315,8 +336,9 @@ gboolean sink_event(GstBaseParse* parser, GstEvent* event) {
 
 gboolean src_event(GstBaseParse* parser, GstEvent* event) {
     if (GST_EVENT_TYPE(event) == GST_EVENT_SEEK) {
-        event = in_time(state_of(parser), event);
-        locate(parser, event);
+        const fraction rate = copy_of(parser, &parser_state::rate);
+        event = in_time(rate, event);
+        locate(parser, rate, event);
     }
     return parent_class->src_event(parser, event);
 }

@@ -56,10 +56,20 @@ TEST(damage, a_file_without_a_good_frame_is_an_error) {
 
 TEST(damage, streams_without_a_raw_format_are_an_error_that_says_so) {
     const media::raw_format half = {"RGB half", 5, 6, 6, 0};
-    EXPECT_NE(play(media::encoded(half, 4, 2, test::repeat(0, 48))).error.find("order 5, component type 6"),
-              std::string::npos);
+    const std::string none = "There is no raw video format for this stream: ";
+    EXPECT_EQ(play(media::encoded(half, 4, 2, test::repeat(0, 48))).error.find(none + "RGB Half."), 0u);
     const bytes packed = media::encoded(media::format_named("IYU2"), 4, 2, test::repeat(0, 24));
-    EXPECT_NE(play(packed).error.find("packed-444"), std::string::npos);
+    EXPECT_EQ(play(packed).error.find(none + "YUV444 U8; set packed-444"), 0u);
+}
+
+// Whose dimensions are whatever the caller wrote.
+TEST(damage, wrapped_chunks_are_no_damage_but_have_no_raw_format) {
+    for (const std::uint32_t width : {0u, 4u, 0xffffffffu}) {
+        const media::ending result = play(media::wrapped_chunks(width, 2));
+        EXPECT_EQ(result.error.find("There is no raw video format for this stream: wrapped chunks."), 0u)
+            << result.error;
+        EXPECT_TRUE(result.warnings.empty()) << width;
+    }
 }
 
 TEST(damage, any_byte_may_be_wrong) {

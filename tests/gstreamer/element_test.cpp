@@ -320,3 +320,26 @@ TEST(element, colour_and_shape_of_pixels_go_along) {
         EXPECT_TRUE(has(caps, part)) << caps;
     }
 }
+
+// A seek flushes from behind while the first caps are on their way.
+TEST(element, caps_that_a_flush_held_up_are_sent_again) {
+    const bytes coded = media::encoded(media::format_named("GRAY8"), 4, 2, test::counting(8));
+    for (const char* name : {"qvrparse", "qvrdec"}) {
+        GstHarness* const harness = gst_harness_new(name);
+        gst_harness_set_src_caps_str(harness, k_coded_caps);
+        GstPad* const out = gst_element_get_static_pad(harness->element, "src");
+        gst_pad_push_event(out, gst_event_new_flush_start());
+        EXPECT_EQ(gst_harness_push(harness, media::buffer_of(coded)), GST_FLOW_FLUSHING) << name;
+        gst_harness_push_event(harness, gst_event_new_flush_start());  // false: it has been there
+        EXPECT_TRUE(gst_harness_push_event(harness, gst_event_new_flush_stop(TRUE)));
+        GstSegment segment;
+        gst_segment_init(&segment, GST_FORMAT_TIME);
+        EXPECT_TRUE(gst_harness_push_event(harness, gst_event_new_segment(&segment)));
+        EXPECT_EQ(gst_harness_push(harness, media::buffer_of(coded)), GST_FLOW_OK) << name;
+        GstCaps* caps = gst_pad_get_current_caps(out);
+        EXPECT_NE(caps, nullptr) << name;
+        gst_clear_caps(&caps);
+        gst_object_unref(out);
+        gst_harness_teardown(harness);
+    }
+}

@@ -203,6 +203,24 @@ bytes encoded(const raw_format& format, std::uint32_t width, std::uint32_t heigh
     return made.frame();
 }
 
+bytes wrapped_chunks(std::uint32_t width, std::uint32_t height) {
+    constexpr std::uint32_t k_chunk = 10;
+    test::frame_params up = {};
+    up.size = sizeof up;
+    up.width = width;
+    up.height = height;
+    test::wrap_params record = {};
+    record.size = sizeof record;
+    record.wrapType = QVRUncompressed_WrapStitched;
+    record.dataSize = k_chunk;
+    test::encoder with;
+    const test::stream_params how = {sizeof how, 0, 0};
+    const bytes chunk(k_chunk, 7);
+    const test::outcome made = test::wrap(with, up, how, {record, record}, {chunk, chunk}, nullptr);
+    test::expect_success(made);
+    return made.frame();
+}
+
 pipeline::pipeline(const std::string& description) {
     GError* error = nullptr;
     top = gst_parse_launch(description.c_str(), &error);

@@ -56,6 +56,9 @@ test::frame_params params_of(const raw_format& format, std::uint32_t width, std:
 bytes encoded(const raw_format& format, std::uint32_t width, std::uint32_t height, const bytes& pixels,
               bool alpha_rle = false);
 
+// A frame of two stitched chunks.
+bytes wrapped_chunks(std::uint32_t width, std::uint32_t height);
+
 struct ending {
     bool eos = false;
     std::string error;
@@ -69,6 +72,8 @@ class pipeline {
     pipeline(const pipeline&) = delete;
     pipeline& operator=(const pipeline&) = delete;
 
+    // Back to the start, with the elements ready to be used again.
+    void stop() { gst_element_set_state(top, GST_STATE_READY); }
     // Plays until the end of the stream, an error or 30 seconds.
     ending run();
     // Goes to PAUSED and waits until the first frame is there.

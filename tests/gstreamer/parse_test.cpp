@@ -25,6 +25,7 @@ struct parsed {
     std::vector<GstClockTime> times;
     std::vector<std::string> caps;  // at each frame
     std::vector<std::string> warnings;
+    std::vector<std::string> errors;
 };
 
 std::string text_of(GstCaps* caps) {
@@ -35,11 +36,13 @@ std::string text_of(GstCaps* caps) {
     return result;
 }
 
-void take_warnings(GstBus* bus, parsed& into) {
-    while (GstMessage* const message = gst_bus_pop_filtered(bus, GST_MESSAGE_WARNING)) {
+void take_messages(GstBus* bus, parsed& into) {
+    constexpr auto k_wanted = static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_WARNING);
+    while (GstMessage* const message = gst_bus_pop_filtered(bus, k_wanted)) {
         GError* error = nullptr;
-        gst_message_parse_warning(message, &error, nullptr);
-        into.warnings.emplace_back(error->message);
+        const bool is_error = GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR;
+        (is_error ? gst_message_parse_error : gst_message_parse_warning)(message, &error, nullptr);
+        (is_error ? into.errors : into.warnings).emplace_back(error->message);
         g_error_free(error);
         gst_message_unref(message);
     }
@@ -76,7 +79,7 @@ parsed parse(const bytes& stream, std::size_t piece = 1000, const std::string& o
         result.times.push_back(GST_BUFFER_PTS(buffer));
         gst_buffer_unref(buffer);
     }
-    take_warnings(bus, result);
+    take_messages(bus, result);
     gst_element_set_bus(parser, nullptr);
     gst_object_unref(bus);
     gst_object_unref(parser);
@@ -175,4 +178,25 @@ TEST(parse, a_damaged_frame_leaves_its_place_in_time) {
     EXPECT_EQ(result.warnings, (std::vector<std::string>{"A damaged frame was left out."}));
     const parsed at_first = parse(damaged + grey(3));
     EXPECT_EQ(at_first.frames, (frame_list{grey(3)}));
+}
+
+// Such a size is no damage here: 20000 x 20000 RGBA samples of 16 bits take 3.2 GB.
+TEST(parse, a_frame_of_2_gib_or_more_is_an_error) {
+    bytes header = grey(1);
+    std::copy_n(test::le32(0x80000000u).begin(), 4, header.begin());
+    std::copy_n((test::le32(20000) + test::le32(20000)).begin(), 8, header.begin() + 16);
+    const parsed result = parse(header, 1000, "", false);
+    EXPECT_EQ(result.errors,
+              (std::vector<std::string>{"A frame is larger than GStreamer's parsers take: 2 GiB or more."}));
+    std::copy_n(test::le32(0x7fffffffu).begin(), 4, header.begin());
+    EXPECT_TRUE(parse(header, 1000, "", false).errors.empty());
+}
+
+TEST(parse, wrapped_chunks_of_any_dimensions_go_on) {
+    const bytes stream = media::wrapped_chunks(0, 7);
+    const parsed result = parse(grey(1) + stream + grey(2));
+    EXPECT_EQ(result.frames, (frame_list{grey(1), stream, grey(2)}));
+    EXPECT_TRUE(result.warnings.empty());
+    ASSERT_EQ(result.caps.size(), 3u);
+    EXPECT_NE(result.caps[1].find("width=(int)1, height=(int)7"), std::string::npos) << result.caps[1];
 }

@@ -120,3 +120,54 @@ TEST(seek_duration, is_known_of_frames_of_one_size) {
     ASSERT_TRUE(pipeline.pause());
     EXPECT_EQ(pipeline.duration(GST_FORMAT_TIME), static_cast<gint64>(k_frames * GST_SECOND / 30));
 }
+
+namespace {
+
+GstPadProbeReturn count(GstPad*, GstPadProbeInfo*, gpointer counter) {
+    g_atomic_int_inc(static_cast<gint*>(counter));
+    return GST_PAD_PROBE_OK;
+}
+
+}  // namespace
+
+// Frames of one size are gone to without looking at all those before them, whatever the size in the last file was.
+TEST(seek_in_a_second_file, computes_places_with_the_new_size) {
+    const media::temporary_file first(media::encoded(media::format_named("GRAY8"), 16, 16, test::repeat(9, 256)));
+    const media::temporary_file second(clip(false));
+    media::pipeline pipeline("filesrc name=file location=" + first.path() +
+                             " ! qvrparse name=parser framerate=30/1 ! qvrdec threads=1 ! appsink name=out sync=false "
+                             "wait-on-eos=false max-buffers=2");
+    ASSERT_TRUE(pipeline.pause());
+    pipeline.stop();
+    GstElement* const source = pipeline.element("file");
+    g_object_set(source, "location", second.path().c_str(), nullptr);
+    gst_object_unref(source);
+    ASSERT_TRUE(pipeline.pause());
+    GstElement* const parser = pipeline.element("parser");
+    GstPad* const pad = gst_element_get_static_pad(parser, "sink");
+    gint reads = 0;
+    const gulong probe = gst_pad_add_probe(
+        pad, static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_PULL | GST_PAD_PROBE_TYPE_BUFFER), count, &reads, nullptr);
+    EXPECT_TRUE(pipeline.seek(GST_FORMAT_DEFAULT, k_frames - 1, GST_SEEK_FLAG_NONE));
+    gst_pad_remove_probe(pad, probe);
+    gst_object_unref(pad);
+    gst_object_unref(parser);
+    expect_frame(pipeline, k_frames - 1);
+    EXPECT_GT(g_atomic_int_get(&reads), 0);
+    EXPECT_LT(g_atomic_int_get(&reads), static_cast<gint>(k_frames / 2));
+}
+
+// A frame of 64 bytes whose number times 64 is 2^64 and a little is not one of the first.
+TEST(seek_beyond_the_end, shows_nothing) {
+    bytes stream;
+    for (std::uint32_t i = 0; i < k_frames; ++i) {
+        stream = stream +
+                 media::encoded(media::format_named("GRAY8"), 27, 1, test::repeat(static_cast<std::uint8_t>(i), 27));
+    }
+    ASSERT_EQ(stream.size(), 64 * k_frames);
+    const media::temporary_file file(stream);
+    media::pipeline pipeline(reader(file, {2147483647, 1}));
+    ASSERT_TRUE(pipeline.pause());
+    pipeline.seek(GST_FORMAT_DEFAULT, (gint64{1} << 58) + 20, GST_SEEK_FLAG_NONE);
+    EXPECT_TRUE(pipeline.shown("out").pixels.empty());
+}
