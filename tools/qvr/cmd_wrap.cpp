@@ -235,7 +235,7 @@ void add_wrap(command_line& to) {
     list.needs("--type", "--qcx");
     list.needs("--alpha-rle", "--qcx");
     list.needs("--slices", "--alpha-rle");
-    options->run.add(list);
+    options->run.add(list, false);
     list.flag("--force", options->force, "Replace OUT.qvr even when it stands behind chunks and may be one of them");
     list.flag("--json", options->json, k_json_help);
 }
