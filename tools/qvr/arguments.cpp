@@ -32,6 +32,11 @@ class help_formatter : public CLI::Formatter {
         }
         return help;
     }
+    // One that the parser lets pass is needed all the same: only the command can say where it stands.
+    std::string make_option_usage(const CLI::Option* option) const override {
+        const std::string usage = CLI::Formatter::make_option_usage(option);
+        return option->get_required() ? usage : usage.substr(1, usage.size() - 2);
+    }
 };
 
 argument_description describe_option(const CLI::Option& option) {
@@ -50,7 +55,7 @@ argument_description describe_option(const CLI::Option& option) {
     argument.value = flag || argument.positional ? "" : option.get_type_name();
     argument.group = option.get_group();
     argument.help = option.get_description();
-    argument.required = option.get_required();
+    argument.required = option.get_required() || argument.positional;
     argument.repeated = !flag && option.get_items_expected_max() > 1;
     return argument;
 }
@@ -144,8 +149,8 @@ void argument_list::positionals(const char* name, std::vector<std::string>& to, 
     command->app->add_option(name, to, help)->required()->type_name("");
 }
 
-void argument_list::optional_positional(const char* name, std::string& to, const char* help) {
-    command->app->add_option(name, to, help)->type_name("");
+void argument_list::settled_positional(const char* name, std::string& to, const char* help) {
+    command->app->add_option(name, to, help)->type_name("REQUIRED");
 }
 
 void argument_list::text(const char* name, std::string& to, const char* value_name, const char* help) {
