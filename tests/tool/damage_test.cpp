@@ -185,8 +185,10 @@ TEST(damage_mismatch, a_layout_that_the_frame_does_not_hold_is_wrong_usage) {
         << order.err;
     const outcome type = folder.qvr({"decode", "clip.qvr", "out.raw", "--type", "U16"});
     EXPECT_EQ(type.code, 2);
-    EXPECT_TRUE(holds(type.err, "bit depth in src metadata is different than bit depth in uncompressed params\nhint: the frame is RGB U8 "
-                      "(4:4:4); RGB U16 (4:4:4) cannot be made of it"))
+    EXPECT_TRUE(
+        holds(type.err,
+              "bit depth in src metadata is different than bit depth in uncompressed params\nhint: the frame is RGB U8 "
+              "(4:4:4); RGB U16 (4:4:4) cannot be made of it"))
         << type.err;
     const outcome pair = folder.qvr({"decode", "clip.qvr", "out.raw", "--type", "U10Packed"});
     EXPECT_EQ(pair.code, 2);
