@@ -52,7 +52,7 @@ class view : public testing::Test {
     }
 
     test_picture sheet(const std::vector<std::string>& options = {"--full"}) {
-        std::vector<std::string> arguments = {"view", "a.qvr", "-o", "sheet.png"};
+        std::vector<std::string> arguments = {"view", "a.qvr", "-o", "sheet.png", "-q"};
         arguments.insert(arguments.end(), options.begin(), options.end());
         const outcome made = folder.qvr(arguments);
         EXPECT_EQ(made.code, 0) << made.err;
@@ -428,6 +428,14 @@ TEST_F(view, the_sheet_can_go_to_standard_output) {
     const outcome result = folder.qvr({"view", "-", "-o", "-"}, folder.read("a.qvr"));
     EXPECT_EQ(result.code, 0) << result.err;
     EXPECT_EQ(result.out.substr(1, 3), "PNG");
+}
+
+TEST_F(view, what_was_drawn_is_said) {
+    encode("1x1", "RGB", "U8", {1, 2, 3, 4, 5, 6});
+    const outcome result = folder.qvr({"view", "a.qvr", "-o", "sheet.png", "--frame", "1"});
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.err, "sheet.png: a.qvr, frame 1, 40 bytes at offset 40\n");
+    EXPECT_EQ(result.out, "");
 }
 
 TEST_F(view, names_that_are_no_utf_8_do_no_harm) {

@@ -35,6 +35,7 @@ struct view_options {
     std::optional<std::uint32_t> plane;
     std::string scale;
     bool full = false;
+    bool quiet = false;
     std::string alpha = "straight";
     display_choice display;
 };
@@ -78,6 +79,9 @@ class viewing {
         }
         write_sheet(made, output);
         output.commit();
+        if (!options.quiet) {
+            say(output.name() + ": " + made.title + ", " + made.subtitle);
+        }
     }
 
   private:
@@ -204,6 +208,7 @@ void add_view(command_line& to) {
     list.text("--scale", options->scale, "1/N|N", "Shrink to 1/4, or enlarge 3 times; default: what fits a sheet");
     list.flag("--full", options->full, "One pixel of the sheet for each of the frame, as --scale 1");
     list.excludes("--full", "--scale");
+    list.flag("-q,--quiet", options->quiet, "Print nothing when all goes well");
     add_meaning(list, *options);
 }
 
