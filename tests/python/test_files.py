@@ -213,3 +213,30 @@ def test_files_that_were_opened_are_closed(clip):
     reader.close()
     with pytest.raises(ValueError):
         next(reader)
+
+
+def test_a_file_appears_when_it_is_closed_well(tmp_path):
+    path = tmp_path / "a.qvr"
+    frame = np.zeros((2, 2, 4), np.uint8)
+    with qvr.Writer(path, "RGBA") as writer:
+        writer.write(frame)
+        assert writer.name == str(path) and not path.exists()
+    whole = path.read_bytes()
+    assert whole == qvr.encode(frame, "RGBA") and os.listdir(tmp_path) == ["a.qvr"]
+    with pytest.raises(KeyError):
+        with qvr.Writer(path, "RGBA") as writer:
+            writer.write(frame)
+            writer.write(frame)
+            raise KeyError
+    assert path.read_bytes() == whole and os.listdir(tmp_path) == ["a.qvr"]
+    writer.close()  # again: nothing
+    assert os.listdir(tmp_path) == ["a.qvr"]
+
+
+def test_frames_without_pixels_are_not_made():
+    for shape in ((0, 20, 4), (20, 0, 4)):
+        with pytest.raises(qvr.ArgumentError, match="has no pixels"):
+            qvr.encode(np.zeros(shape, np.uint8), "RGBA")
+    for size in ((0, 20), (20, 0)):
+        with pytest.raises(qvr.ArgumentError, match="has no pixels"):
+            qvr.wrap_tiles([b"a"], *size)

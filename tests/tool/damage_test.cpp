@@ -180,11 +180,15 @@ TEST(damage_mismatch, a_layout_that_the_frame_does_not_hold_is_wrong_usage) {
     EXPECT_EQ(order.code, 2);
     EXPECT_TRUE(holds(order.err,
                       "qvr: clip.qvr: frame 0 at offset 0: cannot decode: src metadata type is incompatible with color "
-                      "component order or component type\nhint: 'qvr info' shows the order"))
+                      "component order or component type\nhint: the frame is RGB U8 (4:4:4); UYVY U8 (4:2:2) cannot be "
+                      "made of it: samples can change places, but colours and depths are never converted\n"))
         << order.err;
     const outcome type = folder.qvr({"decode", "clip.qvr", "out.raw", "--type", "U16"});
     EXPECT_EQ(type.code, 2);
-    EXPECT_TRUE(holds(type.err, "bit depth in src metadata is different than bit depth in uncompressed params\nhint: "))
+    EXPECT_TRUE(
+        holds(type.err,
+              "bit depth in src metadata is different than bit depth in uncompressed params\nhint: the frame is RGB U8 "
+              "(4:4:4); RGB U16 (4:4:4) cannot be made of it"))
         << type.err;
     const outcome pair = folder.qvr({"decode", "clip.qvr", "out.raw", "--type", "U10Packed"});
     EXPECT_EQ(pair.code, 2);

@@ -52,6 +52,22 @@ TEST(help, lines_are_short_enough_to_read) {
     }
 }
 
+TEST(help, options_speak_of_the_command_that_they_belong_to) {
+    const scratch_folder folder;
+    for (const auto& [command, options] : read_all_help(folder)) {
+        const std::string help = folder.qvr({command, "--help"}).out;
+        EXPECT_EQ(holds(help, "-j leaves of them"), holds(help, "--threads") && holds(help, "--jobs")) << command;
+    }
+    const std::string encode = folder.qvr({"encode", "--help"}).out;
+    EXPECT_TRUE(holds(encode, "numbered sequence as IN")) << encode;
+    EXPECT_FALSE(holds(encode, "numbered sequence as OUT")) << encode;
+    EXPECT_FALSE(holds(encode, "a PNG is put")) << encode;
+    EXPECT_FALSE(holds(encode, "default: IN is a PNG")) << encode;
+    const std::string decode = folder.qvr({"decode", "--help"}).out;
+    EXPECT_TRUE(holds(decode, "numbered sequence as OUT")) << decode;
+    EXPECT_FALSE(holds(decode, "numbered sequence as IN")) << decode;
+}
+
 TEST(help, values_to_choose_from_are_named) {
     const scratch_folder folder;
     const std::string help = folder.qvr({"view", "--help"}).out;

@@ -24,6 +24,19 @@ TEST(info, a_frame_of_one_plane_is_shown_with_every_box) {
               "      'sdat'                   29             32  plane 0: payload of 24 bytes\n");
 }
 
+TEST(info, one_frame_of_many_is_chosen) {
+    const scratch_folder folder;
+    make_rgb_clip(folder, "clip.qvr", 3);
+    const outcome result = folder.qvr({"info", "clip.qvr", "--frame", "2"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(result.out.substr(0, result.out.find("  format")), "clip.qvr\nframe 2: offset 122, 61 bytes\n");
+    const std::string lines = folder.qvr({"info", "clip.qvr", "--frame", "2", "--json"}).out;
+    EXPECT_EQ(lines.find('\n'), lines.size() - 1);  // one document
+    const outcome none = folder.qvr({"info", "clip.qvr", "--frame", "3"});
+    EXPECT_EQ(none.code, 2);
+    EXPECT_TRUE(holds(none.err, "there is no frame 3: the file holds 3, counted from 0")) << none.err;
+}
+
 TEST(info, a_frame_of_four_planes_is_shown_with_the_size_of_each) {
     const scratch_folder folder;
     folder.write("clip.raw", noise(20));

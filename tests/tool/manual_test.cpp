@@ -54,6 +54,16 @@ TEST(manual, sections_stand_in_their_usual_order) {
     }
 }
 
+TEST(manual, what_is_needed_stands_in_no_brackets_and_files_are_listed) {
+    const scratch_folder folder;
+    const std::string page = make_page(folder);
+    EXPECT_TRUE(holds(page, "qvr wrap\\fR [\\fIOPTIONS\\fR] \\fIOUT.qvr\\fR\n"));
+    EXPECT_TRUE(holds(folder.qvr({"wrap", "--help"}).out, "Usage: qvr wrap [OPTIONS] OUT.qvr\n"));
+    for (const char* name : {".I *.qvr\n", ".I OUT.part\n", ".I FILE.manifest\n"}) {
+        EXPECT_TRUE(holds(page, name)) << name;
+    }
+}
+
 TEST(manual, it_is_set_without_a_warning) {
     if (!is_installed("groff")) {
         GTEST_SKIP() << "there is no groff to set the page with";

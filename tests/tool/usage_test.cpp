@@ -73,8 +73,28 @@ TEST(usage, every_option_is_in_the_help) {
 }
 
 TEST(usage, a_command_is_needed) {
-    expect_refused({}, "A subcommand is required", "'qvr --help'");
-    expect_refused({"transmogrify"}, "A subcommand is required", "'qvr --help'");
+    expect_refused({}, "qvr: a command is needed\n", "'qvr --help'");
+    expect_refused({"--fast"}, "qvr: this argument was not expected: --fast\n", "'qvr --help'");
+}
+
+TEST(usage, a_command_that_there_is_not_is_named) {
+    const std::string list = "'qvr --help' lists the commands\n";
+    expect_refused({"transmogrify"}, "qvr: there is no command 'transmogrify'\n", list);
+    expect_refused({"transmogrify", "--help"}, "qvr: there is no command 'transmogrify'\n", list);
+    expect_refused({"help", "transmogrify"}, "qvr: there is no command 'transmogrify'\n", list);
+    expect_refused({""}, "qvr: there is no command ''\n", list);
+    expect_refused({"encod", "clip.raw", "b"}, "there is no command 'encod'\n", "did you mean 'encode'? " + list);
+    expect_refused({"evncode", "clip.raw", "b"}, "there is no command 'evncode'\n", "did you mean 'encode'? " + list);
+    expect_refused({"info2"}, "there is no command 'info2'\n", "did you mean 'info'? " + list);
+    expect_refused({"generat"}, "there is no command 'generat'\n", list);  // hidden
+}
+
+TEST(usage, help_is_a_word_as_well) {
+    const scratch_folder folder;
+    EXPECT_EQ(folder.qvr({"help"}).out, folder.qvr({"--help"}).out);
+    const outcome result = folder.qvr({"help", "encode"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(result.out, folder.qvr({"encode", "--help"}).out);
 }
 
 TEST(usage, arguments_are_needed) {
@@ -85,7 +105,9 @@ TEST(usage, arguments_are_needed) {
 }
 
 TEST(usage, unknown_options_are_refused) {
-    expect_refused(raw({"--fast"}), "--fast", "'qvr encode --help'");
+    expect_refused(raw({"--fast"}), "this argument was not expected: --fast\n", "'qvr encode --help'");
+    expect_refused({"info", "clip.raw", "--fast", "3"}, "these arguments were not expected: --fast 3\n",
+                   "'qvr info --help'");
     expect_refused({"info", "clip.raw", "more.qvr"}, "more.qvr", "'qvr info --help'");
 }
 

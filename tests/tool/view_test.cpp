@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 //
-// Sheets are looked at pixel by pixel. Pictures begin 32 pixels from the left and 132 from the top, 24 from each other.
+// Sheets are looked at pixel by pixel. Pictures begin 132 pixels from the top, 24 from each other, and stand in
+// the middle of the width.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -16,13 +17,21 @@ namespace {
 
 using rgb = std::array<int, 3>;
 
-constexpr std::uint32_t k_left = 32;
 constexpr std::uint32_t k_top = 132;
 constexpr std::uint32_t k_gap = 24;
 
 rgb pixel_at(const test_picture& sheet, std::uint32_t x, std::uint32_t y) {
     const std::size_t at = (std::size_t{y} * sheet.width + x) * 3;
     return {sheet.samples.at(at), sheet.samples.at(at + 1), sheet.samples.at(at + 2)};
+}
+
+// Right of the line around the first picture.
+std::uint32_t left_of(const test_picture& sheet) {
+    std::uint32_t x = 0;
+    while (x < sheet.width && pixel_at(sheet, x, k_top - 1) != rgb{71, 71, 71}) {
+        ++x;
+    }
+    return x + 1;
 }
 
 void expect_near(const rgb& found, const rgb& wanted, const std::string& what) {
@@ -43,7 +52,7 @@ class view : public testing::Test {
     }
 
     test_picture sheet(const std::vector<std::string>& options = {"--full"}) {
-        std::vector<std::string> arguments = {"view", "a.qvr", "-o", "sheet.png"};
+        std::vector<std::string> arguments = {"view", "a.qvr", "-o", "sheet.png", "-q"};
         arguments.insert(arguments.end(), options.begin(), options.end());
         const outcome made = folder.qvr(arguments);
         EXPECT_EQ(made.code, 0) << made.err;
@@ -57,7 +66,7 @@ class view : public testing::Test {
     // The pixel of a frame that is shown in full size, `pane` pictures of `width` to the right.
     static rgb shown(const test_picture& sheet, std::uint32_t x, std::uint32_t y, std::uint32_t pane = 0,
                      std::uint32_t width = 0) {
-        return pixel_at(sheet, k_left + pane * (width + k_gap) + x, k_top + y);
+        return pixel_at(sheet, left_of(sheet) + pane * (width + k_gap) + x, k_top + y);
     }
 
     void expect_refused(int code, const std::vector<std::string>& options, const std::string& message) {
@@ -111,7 +120,7 @@ bytes uyvy(const bars& of, std::size_t size) {
 void expect_bars(const test_picture& sheet, const bars& of) {
     for (std::uint32_t i = 0; i < of.size(); ++i) {
         for (const std::uint32_t x : {2 * i, 2 * i + 1}) {
-            expect_near(pixel_at(sheet, k_left + x, k_top), of[i].wanted, of[i].name);
+            expect_near(pixel_at(sheet, left_of(sheet) + x, k_top), of[i].wanted, of[i].name);
         }
     }
 }
@@ -299,12 +308,14 @@ TEST_F(view, the_sheet_is_as_large_as_its_pictures_and_its_strip) {
     EXPECT_EQ(shown(found, 1499, 299), (rgb{80, 80, 80}));
     EXPECT_NE(shown(found, 1500, 299), (rgb{80, 80, 80}));
     found = sheet({});  // 1280 at the most: a half
-    EXPECT_EQ(found.width, 1200u);
+    EXPECT_EQ(found.width, 1344u);
+    EXPECT_EQ(left_of(found), 297u);  // a picture of 750 in the middle
     EXPECT_EQ(found.height, 570u);
     // Three pictures of 640 at the most: a third of 1500 each.
     encode("1500x300", "RGBA", "U8", bytes(1500 * 300 * 4, 80));
     found = sheet({});
     EXPECT_EQ(found.width, 1612u);
+    EXPECT_EQ(left_of(found), 32u);
     EXPECT_EQ(found.height, 520u);
 }
 
@@ -342,8 +353,9 @@ TEST_F(view, beside_a_wrapped_frame_its_matte_is_shown) {
         {"wrap", "--qcx", "frame.bin", "--alpha", "matte.raw", "--size", "4x2", "--type", "U8", "a.qvr", "-q"});
     ASSERT_EQ(made.code, 0) << made.err;
     const test_picture found = sheet();
-    EXPECT_EQ(shown(found, 1, 0, 1, 480), (rgb{50, 50, 50}));  // behind a card of 480
-    EXPECT_EQ(shown(found, 3, 1, 1, 480), (rgb{4, 4, 4}));
+    EXPECT_EQ(shown(found, 1, 0, 1, 1252), (rgb{50, 50, 50}));  // behind a card that fills 1280
+    EXPECT_EQ(shown(found, 3, 1, 1, 1252), (rgb{4, 4, 4}));
+    EXPECT_EQ(left_of(found), 32u);
     EXPECT_TRUE(has_colour(found, k_payload_bar));
     EXPECT_TRUE(has_colour(found, k_alpha_bar));
 }
@@ -416,6 +428,14 @@ TEST_F(view, the_sheet_can_go_to_standard_output) {
     const outcome result = folder.qvr({"view", "-", "-o", "-"}, folder.read("a.qvr"));
     EXPECT_EQ(result.code, 0) << result.err;
     EXPECT_EQ(result.out.substr(1, 3), "PNG");
+}
+
+TEST_F(view, what_was_drawn_is_said) {
+    encode("1x1", "RGB", "U8", {1, 2, 3, 4, 5, 6});
+    const outcome result = folder.qvr({"view", "a.qvr", "-o", "sheet.png", "--frame", "1"});
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.err, "sheet.png: a.qvr, frame 1, 40 bytes at offset 40\n");
+    EXPECT_EQ(result.out, "");
 }
 
 TEST_F(view, names_that_are_no_utf_8_do_no_harm) {

@@ -2,8 +2,10 @@
 #include "arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <deque>
 #include <map>
+#include <numeric>
 #include <utility>
 
 namespace qvr {
@@ -30,6 +32,11 @@ class help_formatter : public CLI::Formatter {
         }
         return help;
     }
+    // One that the parser lets pass is needed all the same: only the command can say where it stands.
+    std::string make_option_usage(const CLI::Option* option) const override {
+        const std::string usage = CLI::Formatter::make_option_usage(option);
+        return option->get_required() ? usage : usage.substr(1, usage.size() - 2);
+    }
 };
 
 argument_description describe_option(const CLI::Option& option) {
@@ -48,7 +55,7 @@ argument_description describe_option(const CLI::Option& option) {
     argument.value = flag || argument.positional ? "" : option.get_type_name();
     argument.group = option.get_group();
     argument.help = option.get_description();
-    argument.required = option.get_required();
+    argument.required = option.get_required() || argument.positional;
     argument.repeated = !flag && option.get_items_expected_max() > 1;
     return argument;
 }
@@ -65,6 +72,59 @@ std::vector<argument_description> describe_options(const CLI::App& app, const wo
         }
     }
     return arguments;
+}
+
+// Letters to put in, take out or change until one word is the other.
+std::size_t steps_between(const std::string& one, const std::string& other) {
+    std::vector<std::size_t> steps(other.size() + 1);
+    std::iota(steps.begin(), steps.end(), std::size_t{0});
+    for (std::size_t i = 0; i < one.size(); ++i) {
+        std::size_t diagonal = std::exchange(steps[0], i + 1);
+        for (std::size_t j = 0; j < other.size(); ++j) {
+            const std::size_t changed = diagonal + (one[i] == other[j] ? 0 : 1);
+            diagonal = steps[j + 1];
+            steps[j + 1] = std::min({changed, diagonal + 1, steps[j] + 1});
+        }
+    }
+    return steps.back();
+}
+
+[[noreturn]] void refuse_command(const std::string& word, const std::deque<parsed_command>& commands) {
+    constexpr std::size_t k_most_steps = 2;
+    std::string hint = "'qvr --help' lists the commands";
+    std::size_t least = k_most_steps + 1;
+    for (const parsed_command& candidate : commands) {
+        const std::string name = candidate.app->get_name();
+        const std::size_t steps = steps_between(word, name);
+        if (!candidate.app->get_group().empty() && steps < least && steps < word.size()) {
+            least = steps;
+            hint = "did you mean '" + name + "'? 'qvr --help' lists the commands";
+        }
+    }
+    fail_usage("there is no command '" + word + "'", hint);
+}
+
+std::string complaint(const CLI::ParseError& error, const std::vector<std::string>& leftover, bool no_command) {
+    if (leftover.empty() || (!no_command && !dynamic_cast<const CLI::ExtrasError*>(&error))) {
+        return no_command ? "a command is needed" : error.what();
+    }
+    // In the order in which they were typed, which the parser's own message turns round.
+    std::string text = leftover.size() == 1 ? "this argument was not expected:" : "these arguments were not expected:";
+    for (const std::string& word : leftover) {
+        text += " " + word;
+    }
+    return text;
+}
+
+// "help encode" is "encode --help".
+std::vector<std::string> words_of(int argc, char** argv) {
+    std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    if (!words.empty() && words.front() == "help") {
+        words.erase(words.begin());
+        words.emplace_back("--help");
+    }
+    std::reverse(words.begin(), words.end());  // as the parser wants them
+    return words;
 }
 
 }  // namespace
@@ -89,8 +149,8 @@ void argument_list::positionals(const char* name, std::vector<std::string>& to, 
     command->app->add_option(name, to, help)->required()->type_name("");
 }
 
-void argument_list::optional_positional(const char* name, std::string& to, const char* help) {
-    command->app->add_option(name, to, help)->type_name("");
+void argument_list::settled_positional(const char* name, std::string& to, const char* help) {
+    command->app->add_option(name, to, help)->type_name("REQUIRED");
 }
 
 void argument_list::text(const char* name, std::string& to, const char* value_name, const char* help) {
@@ -189,17 +249,19 @@ program_description command_line::describe() const {
 void command_line::run(int argc, char** argv) {
     CLI::App& app = state->app;
     try {
-        app.parse(argc, argv);
+        app.parse(words_of(argc, argv));
     } catch (const CLI::ParseError& error) {
+        const std::vector<std::string> leftover = app.remaining(true);
+        const std::vector<CLI::App*> chosen = app.get_subcommands();
+        if (chosen.empty() && !leftover.empty() && leftover.front().rfind('-', 0) != 0) {
+            refuse_command(leftover.front(), state->commands);
+        }
         if (error.get_exit_code() == 0) {
             app.exit(error);
             return;
         }
-        std::string named;
-        for (const CLI::App* chosen : app.get_subcommands()) {
-            named = " " + chosen->get_name();
-        }
-        fail_usage(error.what(), "'qvr" + named + " --help' shows what can be given");
+        const std::string named = chosen.empty() ? "" : " " + chosen.back()->get_name();
+        fail_usage(complaint(error, leftover, chosen.empty()), "'qvr" + named + " --help' shows what can be given");
     }
     for (const parsed_command& candidate : state->commands) {
         if (candidate.app->parsed()) {

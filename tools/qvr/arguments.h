@@ -28,8 +28,8 @@ class argument_list {
     void positional(const char* name, std::string& to, const char* help);
     // One or more words.
     void positionals(const char* name, std::vector<std::string>& to, const char* help);
-    // One that may be left out, because only the command can say whether it is there.
-    void optional_positional(const char* name, std::string& to, const char* help);
+    // One that is needed, but only the command can say whether it is there.
+    void settled_positional(const char* name, std::string& to, const char* help);
     void text(const char* name, std::string& to, const char* value_name, const char* help);
     // Takes every word up to the next option, and may be given more than once.
     void texts(const char* name, std::vector<std::string>& to, const char* value_name, const char* help);

@@ -27,7 +27,7 @@ constexpr colour k_copy = {0.80, 0.25, 0.20};
 
 constexpr int k_width = 1100;
 constexpr int k_left = 170;  // of the bars
-constexpr int k_right = 150;
+constexpr int k_right = 200;
 constexpr int k_top = 130;
 constexpr int k_group = 48;
 constexpr int k_bar = 16;
@@ -87,7 +87,9 @@ class plot {
         const double room = k_width - 60;
         on.text(30, 42, "Encoding and decoding with QVRUncompressed " + report.version,
                 {21, k_ink, true, text_style::left, room});
-        on.text(30, 68, report.processor + "; frames of " + setting_text(report),
+        on.text(30, 68,
+                report.processor + "; frames of " + setting_text(report) + ", " + short_number(report.setting.seconds) +
+                    " s for each format",
                 {13, k_faint, false, text_style::left, room});
         double x = 30;
         for (const auto& [name, ink] : {std::pair{"encode", k_encode}, {"decode", k_decode}, {"memcpy", k_copy}}) {
@@ -119,9 +121,11 @@ class plot {
         const double end = place(gigabytes(result, seconds));
         on.fill({double(k_left), y, end - k_left, double(k_bar)}, ink, 2);
         char text[60];
-        std::snprintf(text, sizeof text, "%.1f GB/s  %.2f x", gigabytes(result, seconds), result.copy / seconds);
+        std::snprintf(text, sizeof text, "%.1f GB/s  %.2f x memcpy", gigabytes(result, seconds), result.copy / seconds);
         const double clear = std::max(end, place(gigabytes(result, result.copy)));
-        on.text(clear + 8, y + k_bar - 4, text, {11.5, k_faint});
+        const text_style style = {11.5, k_faint};
+        on.fill({clear + 6, y, on.text_width(text, style) + 4, double(k_bar)}, k_paper);  // no grid behind it
+        on.text(clear + 8, y + k_bar - 4, text, style);
     }
 
     const bench_report& report;

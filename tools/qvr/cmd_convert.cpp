@@ -145,18 +145,18 @@ void add_convert(command_line& to) {
         "Type of the samples of IN, by number or name: see 'qvr formats';\ndefault: what IN or its name says");
     options->in.add_strides(list);
     list.flag("--interlaced", options->in.interlaced, "Mark the frames as interlaced");
-    options->in.add_start(list);
+    options->in.add_start(list, layout_options::side::input);
     options->out.add_format(list, "Order of the samples of OUT; default: the one that fits IN",
                             "Type of the samples of OUT; default: that of IN", "--out-");
     options->out.add_strides(list, "--out-");
-    options->out.add_start(list, "--out-");
+    options->out.add_start(list, layout_options::side::output, "--out-");
     options->out.add_rate(list);
     list.flag("--alpha-rle", options->alpha_rle, "Code the alpha plane of a .qvr file by run lengths");
     list.number("--slices", options->slices,
                 "Slices of the coded alpha plane, each the work of one thread; default: 16", 255);
     list.needs("--slices", "--alpha-rle");
     options->out.add_strict(list);
-    options->run.add(list, false);
+    options->run.add(list, true, false);
     options->work.add(list);
     options->work.add_manifest(list, options->manifest);
     list.flag("--json", options->json, k_json_help);

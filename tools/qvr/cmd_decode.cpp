@@ -97,11 +97,11 @@ void add_decode(command_line& to) {
     options->layout.add_strides(list);
     list.group("Files to write");
     options->layout.add_container(list, "--to");
-    options->layout.add_start(list);
+    options->layout.add_start(list, layout_options::side::output);
     options->layout.add_rate(list);
     options->layout.add_strict(list);
     list.group(nullptr);
-    options->run.add(list);
+    options->run.add(list, true);
     options->work.add(list);
     list.excludes("--frame", "--range");
     list.excludes("--frame", "--chunk");

@@ -101,20 +101,23 @@ void add_encode(command_line& to) {
     list.number("--slices", options->slices,
                 "Slices of the coded alpha plane, each the work of one thread; default: 16", 255);
     list.needs("--slices", "--alpha-rle");
-    list.group("Raw frames, and the order that a PNG is put into");
-    options->layout.add_format(
-        list, "Order of the samples, by number or name: see 'qvr formats';\ndefault for a PNG: RGBA or RGB",
-        "Type of a sample, by number or name: see 'qvr formats';\ndefault for a PNG: U8 or U16");
-    list.text("--size", options->layout.size, "WxH",
-              "IN holds raw frames of this size in pixels; default: IN is a PNG");
+    list.group("Raw frames, and the order that a picture is put into");
+    options->layout.add_format(list,
+                               "Order of the samples, by number or name: see 'qvr formats'; default:\nwhat the name of "
+                               "IN says, as in clip.v210, or what a picture or Y4M file holds",
+                               "Type of a sample, by number or name: see 'qvr formats'; default:\nwhat the name of IN "
+                               "says, or what a picture or Y4M file holds");
+    list.text(
+        "--size", options->layout.size, "WxH",
+        "IN holds raw frames of this size in pixels; default: IN is a picture or a\nY4M file and says its size itself");
     options->layout.add_strides(list);
     list.flag("--interlaced", options->layout.interlaced, "Mark the frames as interlaced");
     list.group("Files to read");
     options->layout.add_container(list, "--from");
-    options->layout.add_start(list);
+    options->layout.add_start(list, layout_options::side::input);
     options->layout.add_strict(list);
     list.group(nullptr);
-    options->run.add(list);
+    options->run.add(list, true);
     options->work.add(list);
     options->work.add_manifest(list, options->manifest);
     list.flag("--json", options->json, k_json_help);

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <utility>
 
 #include "box_tree.h"
 #include "codec.h"
@@ -25,12 +26,14 @@ the exit code is 1 then. 'qvr dump' shows more of the boxes, 'qvr verify' proves
 
 Examples:
   qvr info photo.qvr
+  qvr info clip.qvr --frame 7
   qvr info clip.qvr --json)";
 
 constexpr std::size_t k_most_payloads = 1000;
 
 struct info_options {
     std::string input;
+    std::optional<std::uint32_t> only_frame;
     bool json = false;
 };
 
@@ -65,9 +68,9 @@ void print_wrapped(const std::vector<wrap_record>& records) {
     }
 }
 
-void print_report(const frame_report& report) {
+void print_report(const frame_report& report, bool first) {
     const frame_reader& reader = report.found.reader;
-    if (reader.number() == 0) {
+    if (first) {
         std::printf("%s\n", reader.place().file.c_str());
     }
     if (report.found.broken && reader.bytes().size < k_box_header) {
@@ -113,7 +116,7 @@ json json_planes(const frame_report& report) {
     return planes;
 }
 
-void print_json_report(const frame_report& report) {
+void print_json_report(const frame_report& report, bool /*first*/) {
     json document = json_frame("qvr-info/1", report.found.reader);
     document["format"] = report.layout ? json_format(*report.layout) : json(nullptr);
     document["planes"] = json_planes(report);
@@ -128,7 +131,7 @@ class inspection {
     explicit inspection(const info_options& given) : options(given), codec(1) {}
 
     void run() {
-        scan_frames(options.input, {}, [this](const found_frame& found) { return inspect(found); });
+        scan_frames(options.input, options.only_frame, [this](const found_frame& found) { return inspect(found); });
     }
 
   private:
@@ -139,7 +142,7 @@ class inspection {
         } else {
             ask_library(report);
         }
-        (options.json ? print_json_report : print_report)(report);
+        (options.json ? print_json_report : print_report)(report, std::exchange(first, false));
         return report.problem;
     }
 
@@ -156,6 +159,7 @@ class inspection {
 
     const info_options& options;
     decoder codec;
+    bool first = true;
 };
 
 }  // namespace
@@ -165,6 +169,7 @@ void add_info(command_line& to) {
     argument_list list = to.add_command("info", k_about, [options] { inspection(*options).run(); });
     list.explain(k_more);
     list.positional("FILE.qvr", options->input, "File to look at; '-' is standard input");
+    list.number("--frame", options->only_frame, "Show this frame alone, counted from 0; default: all frames");
     list.flag("--json", options->json, k_json_help);
 }
 

@@ -162,7 +162,7 @@ void add_unwrap(command_line& to) {
     list.text("--into", options->folder, "DIR", "Folder for the files");
     list.require("--into");
     list.number("--frame", options->only_frame, "Take apart this frame alone, counted from 0; default: all frames");
-    options->run.add(list);
+    options->run.add(list, false);
     list.flag("--json", options->json, k_json_help);
 }
 

@@ -198,7 +198,7 @@ void add_verify(command_line& to) {
               "default: none");
     list.excludes("--manifest", "--frame");
     list.flag("--json", options->json, k_json_help);
-    options->run.add(list);
+    options->run.add(list, false);
 }
 
 }  // namespace qvr

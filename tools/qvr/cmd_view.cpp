@@ -21,7 +21,7 @@ checkerboard. The strip below says what the frame is and how many bytes each of 
 A stream says which samples it holds, not how they are meant. By default YCbCr integers are limited-range Rec. 709
 and RGB integers full-range, both ready for a screen; RGB of half, float and fixed point is linear light. YCbCr of
 these types has Y from 0 to 1 and Cb and Cr around 0. Fields of an interlaced frame are shown woven together.
-Compressed frames and chunks of other codecs cannot be shown; their alpha, size and weight can.
+Compressed frames and chunks of other codecs cannot be shown; their alpha and sizes can.
 
 Examples:
   qvr view photo.qvr -o sheet.png
@@ -35,6 +35,7 @@ struct view_options {
     std::optional<std::uint32_t> plane;
     std::string scale;
     bool full = false;
+    bool quiet = false;
     std::string alpha = "straight";
     display_choice display;
 };
@@ -46,11 +47,14 @@ std::string base_name(const std::string& path) {
 // In place of a picture that nothing here can decode.
 sheet_pane card(const wrapped_contents& found) {
     const bool frame = found.records.front().wrapType == QVRUncompressed_WrapQCX;
-    const std::string what = frame ? "A compressed frame of another codec"
-                                   : std::to_string(found.records.size()) + " chunks of another codec";
+    const std::size_t count = found.records.size();
+    const std::string what = frame        ? "A compressed frame of another codec"
+                             : count == 1 ? "A chunk of another codec"
+                                          : std::to_string(count) + " chunks of another codec";
+    const std::string them = count == 1 ? "it" : "them";
     return {frame ? "Compressed frame" : "Stitched chunks",
             shown_picture::colours,
-            {what, "carried byte for byte; there is nothing here to decode them", "'qvr unwrap' gives them back"}};
+            {what, "carried byte for byte; nothing here can decode " + them, "'qvr unwrap' gives " + them + " back"}};
 }
 
 class viewing {
@@ -75,6 +79,9 @@ class viewing {
         }
         write_sheet(made, output);
         output.commit();
+        if (!options.quiet) {
+            say(output.name() + ": " + made.title + ", " + made.subtitle);
+        }
     }
 
   private:
@@ -201,6 +208,7 @@ void add_view(command_line& to) {
     list.text("--scale", options->scale, "1/N|N", "Shrink to 1/4, or enlarge 3 times; default: what fits a sheet");
     list.flag("--full", options->full, "One pixel of the sheet for each of the frame, as --scale 1");
     list.excludes("--full", "--scale");
+    list.flag("-q,--quiet", options->quiet, "Print nothing when all goes well");
     add_meaning(list, *options);
 }
 

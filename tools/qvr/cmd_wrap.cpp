@@ -213,7 +213,7 @@ void add_wrap(command_line& to) {
     const auto options = std::make_shared<wrap_options>();
     argument_list list = to.add_command("wrap", k_about, [options] { run_wrap(*options); });
     list.explain(k_more);
-    list.optional_positional("OUT.qvr", options->output, "File to write; '-' is standard output");
+    list.settled_positional("OUT.qvr", options->output, "File to write; '-' is standard output");
     list.group("What is wrapped: --qcx with --alpha, or --tiles");
     list.text("--qcx", options->qcx, "FRAME", "The compressed QCX frame; default: none");
     list.text("--alpha", options->alpha, "MATTE", "The alpha plane beside it: a PNG, or raw samples; default: none");
@@ -235,7 +235,7 @@ void add_wrap(command_line& to) {
     list.needs("--type", "--qcx");
     list.needs("--alpha-rle", "--qcx");
     list.needs("--slices", "--alpha-rle");
-    options->run.add(list);
+    options->run.add(list, false);
     list.flag("--force", options->force, "Replace OUT.qvr even when it stands behind chunks and may be one of them");
     list.flag("--json", options->json, k_json_help);
 }

@@ -28,6 +28,9 @@ struct advice {
     exit_code code = exit_code::usage;
 };
 
+// Of a frame that does not hold what the caller's format needs.
+constexpr const char* k_mismatch = "src metadata";
+
 constexpr advice k_advice[] = {
     {"Width must be multiple of 2", "crop or pad the picture to an even width, or use a 4:4:4 order"},
     {"Height must be multiple of 2", "crop or pad the picture to an even height, or use a 4:2:2 or 4:4:4 order"},
@@ -35,10 +38,7 @@ constexpr advice k_advice[] = {
     {"Only 8 and 16 bit alpha is supported", "ask for an order without alpha: this type stores none"},
     {"rowBytes2 is too small", "raise --row-bytes2, or leave it out for rows without a gap"},
     {"rowBytes is too small", "raise --row-bytes, or leave it out for rows without a gap"},
-    {"bit depth in src metadata", "'qvr info' shows the type that the frame has; leave --type out to decode to it"},
-    {"src metadata type is incompatible",
-     "'qvr info' shows the order that the frame has; no colour conversion is made, so only orders of the same kind "
-     "can be asked for"},
+    {k_mismatch, "'qvr info' shows the format that the frame has"},
     {"combination of color component order", "'qvr formats' shows which types each order takes"},
     {"src buffer is too small according to metadata",
      "coded alpha takes no wide gaps between rows: lower --row-bytes2, or leave --alpha-rle out"},
@@ -54,6 +54,18 @@ constexpr advice k_advice[] = {
      exit_code::data},
     {"bad_alloc", "the machine has not enough memory for this frame", exit_code::io},
 };
+
+// "UYVY U8 (4:2:2)"
+std::string format_text(const frame_layout& of) {
+    const order_info* order = find_order(of.colorComponentOrder);
+    const type_info* type = find_type(of.componentType);
+    if (!order || !type) {
+        return "order " + order_text(of.colorComponentOrder) + ", type " + type_text(of.componentType);
+    }
+    const bool alone = order->subsampling == std::string("-");
+    const std::string planes = alone ? "alpha alone" : order->subsampling + std::string(order->alpha ? ", alpha" : "");
+    return std::string(order->name) + " " + type->name + " (" + planes + ")";
+}
 
 const advice* find_advice(const std::string& message) {
     for (const advice& entry : k_advice) {
@@ -126,11 +138,13 @@ void message_log::receive(const char* message, void* user_data) {
     static_cast<message_log*>(user_data)->last_message = message;
 }
 
-void message_log::fail(std::uint32_t status, const std::string& action, const location& where) const {
+void message_log::fail(std::uint32_t status, const std::string& action, const location& where,
+                       const std::string& hint) const {
     const std::string reason =
         last_message.empty() ? "the library gave status " + std::to_string(status) + " and no reason" : last_message;
     const advice* found = find_advice(reason);
-    throw failure(found ? found->code : exit_code::data, where, action + ": " + reason, found ? found->hint : "");
+    throw failure(found ? found->code : exit_code::data, where, action + ": " + reason,
+                  hint.empty() && found ? found->hint : hint);
 }
 
 void message_log::fail_creation() const {
@@ -241,9 +255,19 @@ void decoder::decode(bytes_view from, frame& to, const location& where) {
                                                              to.samples.data(), narrow(to.samples.size()), nullptr);
     spent.seconds += seconds_since(start);
     if (status != QVRUncompressed_StatusOk) {
-        log.fail(status, "cannot decode", where);
+        log.fail(status, "cannot decode", where, mismatch_hint(from, to.layout));
     }
     spent.raw_bytes += to.bytes;
+}
+
+std::string decoder::mismatch_hint(bytes_view from, const frame_layout& asked) {
+    frame_layout own = empty_layout();
+    if (!log.says(k_mismatch) ||
+        QVRUncompressed_ReadMetadata(codec.get(), from.data, narrow(from.size), &own) != QVRUncompressed_StatusOk) {
+        return "";
+    }
+    return "the frame is " + format_text(own) + "; " + format_text(asked) +
+           " cannot be made of it: samples can change places, but colours and depths are never converted";
 }
 
 wrapped_contents decoder::read_wrapped(bytes_view from, const location& where) {

@@ -57,11 +57,13 @@ class message_log {
     message_log& operator=(const message_log&) = delete;
 
     QVRUncompressed_CodecConfig_t config(unsigned threads);
-    // Fails with the library's words, the right exit code and what can be done about it.
-    [[noreturn]] void fail(std::uint32_t status, const std::string& action, const location& where) const;
+    // Fails with the library's words, the right exit code and what can be done about it, unless a better hint is given.
+    [[noreturn]] void fail(std::uint32_t status, const std::string& action, const location& where,
+                           const std::string& hint = {}) const;
     // For a handle that was not made.
     [[noreturn]] void fail_creation() const;
     void forget() { last_message.clear(); }
+    bool says(const char* words) const { return last_message.find(words) != std::string::npos; }
 
   private:
     static void receive(const char* message, void* user_data);
@@ -107,6 +109,9 @@ class decoder {
     const codec_time& time() const { return spent; }
 
   private:
+    // What to say when the frame does not hold what `asked` needs; empty when that is not why it was refused.
+    std::string mismatch_hint(bytes_view from, const frame_layout& asked);
+
     struct end_handle {
         void operator()(QVRUncompressed_Decoder handle) const { QVRUncompressed_DestroyDecoder(handle); }
     };

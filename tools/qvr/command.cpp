@@ -109,11 +109,11 @@ void layout_options::add_container(argument_list& to, const char* option) {
     to.suggest(option, names_of(all_containers()));
 }
 
-void layout_options::add_start(argument_list& to, const std::string& prefix) {
+void layout_options::add_start(argument_list& to, side of, const std::string& prefix) {
     to.number((prefix + "start").c_str(), start,
-              prefix == "--" ? "First number of a numbered sequence as in frame.%04d.png;\n"
-                               "default: of an input the lowest that there is, of an output 0"
-                             : "First number of a numbered sequence as OUT; default: 0");
+              of == side::input ? "First number of a numbered sequence as IN, as in frame.%04d.png;\n"
+                                  "default: the lowest that there is"
+                                : "First number of a numbered sequence as OUT, as in frame.%04d.png;\ndefault: 0");
 }
 
 void layout_options::add_rate(argument_list& to) {
@@ -142,14 +142,16 @@ layout_request layout_options::resolve() const {
     return request;
 }
 
-void run_options::add(argument_list& to, bool timed) {
+void run_options::add(argument_list& to, bool shared, bool timed) {
     constexpr std::uint32_t k_most_threads = 1024;
     to.group("Running");
     to.number("--threads", threads,
-              "Threads of the codec within a frame; default: 0, one for each processor, or what\n-j leaves of them",
+              shared ? "Threads of the codec within a frame; default: 0, one for each processor, or what\n"
+                       "-j leaves of them"
+                     : "Threads of the codec; default: 0, one for each processor",
               k_most_threads);
     if (timed) {
-        to.flag("--time", time, "Print how fast the codec calls were, files and PNG not counted");
+        to.flag("--time", time, "Print how fast the codec calls were, reading and writing files not counted");
     }
     to.flag("-q,--quiet", quiet, "Print nothing when all goes well");
     to.group(nullptr);

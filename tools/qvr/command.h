@@ -49,7 +49,8 @@ struct layout_options {
     void add_strides(argument_list& to, const std::string& prefix = "--");
     // option: "--from" or "--to".
     void add_container(argument_list& to, const char* option);
-    void add_start(argument_list& to, const std::string& prefix = "--");
+    enum class side { input, output };
+    void add_start(argument_list& to, side of, const std::string& prefix = "--");
     void add_rate(argument_list& to);
     void add_strict(argument_list& to);
     // Checks and translates what was typed.
@@ -61,7 +62,8 @@ struct run_options {
     bool time = false;
     bool quiet = false;
 
-    void add(argument_list& to, bool timed = true);
+    // shared: with -j, which divides the processors among frames.
+    void add(argument_list& to, bool shared, bool timed = true);
 };
 
 bool ends_in(const std::string& path, const char* extension);

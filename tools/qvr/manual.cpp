@@ -19,6 +19,20 @@ Frames one after the other, each with its size, its format and its planes.
 .I NAME.part\-PID\-N
 A file that is being written. It gets its name when it is complete, and is removed when the command fails or is
 interrupted; only a power cut or a crash can leave one behind.
+.TP
+.I OUT.part
+What is done of a file that is written with
+.BR \-\-resume .
+The same command goes on with it, and gives it its name when it is complete.
+.TP
+.I FILE.manifest
+A list of the frames of a .qvr file, a line of JSON for each with its size and its checksum, as
+.B \-\-manifest
+writes and checks it.
+.B qvr join
+looks for
+.I PART.manifest
+beside each part.
 )";
 
 std::string escaped(const std::string& text) {

@@ -18,12 +18,12 @@ constexpr colour k_bright = grey(0.93);
 constexpr colour k_plain = grey(0.80);
 constexpr colour k_faint = grey(0.58);
 
-constexpr int k_least_width = 1200;
-constexpr int k_row = 24;          // of the strip
-constexpr int k_padding = 20;      // around what stands in the strip
-constexpr int k_facts = 400;       // width of the left side
-constexpr int k_caption = 14;      // from a caption's line to its picture
-constexpr int k_card_width = 480;  // in place of a picture
+constexpr int k_least_width = 1344;  // a picture of 1280 fills it
+constexpr int k_row = 24;            // of the strip
+constexpr int k_padding = 20;        // around what stands in the strip
+constexpr int k_facts = 470;         // width of the left side
+constexpr int k_caption = 14;        // from a caption's line to its picture
+constexpr int k_card_width = 480;    // in place of a picture
 constexpr int k_card_height = 270;
 
 struct extent {
@@ -31,17 +31,24 @@ struct extent {
     int height;
 };
 
+// A card takes what the pictures beside it leave.
 extent size_of(const sheet& from, const sheet_pane& pane) {
     if (pane.instead.empty()) {
         return {from.picture->width(), from.picture->height()};
     }
-    return from.picture ? extent{std::max(from.picture->width(), k_card_width), from.picture->height()}
-                        : extent{k_card_width, k_card_height};
+    constexpr int k_room = k_least_width - 2 * k_sheet_margin;
+    const auto beside = static_cast<int>(from.panes.size() - 1);
+    return from.picture ? extent{std::max(k_room - beside * (from.picture->width() + k_sheet_gap), k_card_width),
+                                 from.picture->height()}
+                        : extent{k_room, k_card_height};
 }
 
 std::string share_text(double share) {
+    if (share > 0 && share < 0.0005) {
+        return "<0.1 %";  // not nothing
+    }
     char text[20];
-    std::snprintf(text, sizeof text, share < 0.0995 ? "%.1f %%" : "%.0f %%", 100 * share);
+    std::snprintf(text, sizeof text, "%.1f %%", 100 * share);
     return text;
 }
 
@@ -62,8 +69,7 @@ void draw_card(canvas& on, int x, int y, const extent& size, const std::vector<s
     }
 }
 
-void draw_panes(canvas& on, const sheet& from) {
-    int x = k_sheet_margin;
+void draw_panes(canvas& on, const sheet& from, int x) {
     for (const sheet_pane& pane : from.panes) {
         const extent size = size_of(from, pane);
         on.text(x, k_sheet_top - k_caption, pane.caption,
@@ -90,8 +96,9 @@ void draw_facts(canvas& on, const sheet& from, double x, double y) {
 
 void draw_weights(canvas& on, const sheet& from, double x, double y, double width) {
     constexpr double k_names = 92;
-    constexpr double k_texts = 232;
-    constexpr double k_numbers = 200;
+    constexpr double k_texts = 256;
+    constexpr double k_numbers = 208;
+    constexpr double k_shares = 68;  // of these
     const double bars = width - k_names - k_texts - k_numbers;
     for (const weight& row : from.weights) {
         const double share =
@@ -102,7 +109,7 @@ void draw_weights(canvas& on, const sheet& from, double x, double y, double widt
         on.fill(track, k_track, 3);
         // Never thinner than what can be seen.
         on.fill({track.x, track.y, std::max(2.0, std::min(1.0, share) * bars), track.height}, row.bar, 3);
-        on.text(x + width - 60, y, grouped(row.bytes) + " bytes", {13, k_plain, false, text_style::right});
+        on.text(x + width - k_shares, y, grouped(row.bytes) + " bytes", {13, k_plain, false, text_style::right});
         on.text(x + width, y, share_text(share), {13, k_faint, false, text_style::right});
         y += k_row;
     }
@@ -113,7 +120,7 @@ void draw_strip(canvas& on, const sheet& from, const rectangle& area) {
     const double x = area.x + k_padding;
     const double y = area.y + k_padding + 12;
     on.text(x, y, "Frame", {13, k_bright, true});
-    on.text(x + k_facts, y, "Weight of its boxes", {13, k_bright, true});
+    on.text(x + k_facts, y, "Bytes of each plane", {13, k_bright, true});
     draw_facts(on, from, x, y + k_row + 4);
     draw_weights(on, from, x + k_facts, y + k_row + 4, area.width - k_facts - 2.0 * k_padding);
 }
@@ -136,6 +143,7 @@ void write_sheet(const sheet& from, output_file& to) {
         width += size.width + k_sheet_gap;
         pictures = std::max(pictures, size.height);
     }
+    const std::int64_t panes = width;
     width = std::max<std::int64_t>(width, k_least_width);
     const int rows = static_cast<int>(std::max(from.facts.size(), from.weights.size())) + 1;
     const int strip = rows * k_row + 2 * k_padding;
@@ -149,7 +157,7 @@ void write_sheet(const sheet& from, output_file& to) {
     canvas on(static_cast<int>(width), static_cast<int>(height), drawing_kind::png);
     on.fill(k_ground);
     draw_title(on, from, static_cast<int>(width));
-    draw_panes(on, from);
+    draw_panes(on, from, k_sheet_margin + static_cast<int>((width - panes) / 2));
     draw_strip(on, from,
                {double(k_sheet_margin), double(strip_top), double(width) - 2 * k_sheet_margin, double(strip)});
     on.write(to);

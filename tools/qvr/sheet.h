@@ -4,7 +4,7 @@
 //
 //   title
 //   caption      caption      caption       k_sheet_top: the pictures' upper edge
-//   [picture]    [matte]      [over]        k_sheet_margin from the left, k_sheet_gap from each other
+//   [picture]    [matte]      [over]        in the middle, k_sheet_gap from each other
 //   facts        weights
 #pragma once
 

@@ -38,10 +38,10 @@ sheet_scale parse_scale(const std::string& text) {
 sheet_scale fitting_scale(std::uint32_t width, std::uint32_t height, unsigned pictures) {
     const std::uint32_t most_width = pictures > 1 ? 640 : 1280;
     constexpr std::uint32_t k_most_height = 720;
-    constexpr std::uint32_t k_least = 320;  // smaller frames are enlarged up to here
+    const std::uint32_t least = most_width / 2;  // smaller frames are enlarged up to here
     const auto rounded_up = [](std::uint32_t a, std::uint32_t b) { return a / b + (a % b != 0 ? 1 : 0); };
     const std::uint32_t shrink = std::max(rounded_up(width, most_width), rounded_up(height, k_most_height));
-    return {shrink, std::clamp(std::min(k_least / width, k_least / height), 1u, 64u)};
+    return {shrink, std::clamp(std::min(least / width, least / height), 1u, 64u)};
 }
 
 std::string scale_text(const sheet_scale& scale) {

@@ -9,7 +9,7 @@ import numpy as np
 from . import _core
 from ._errors import ArgumentError, DecodeError, EncodeError
 from ._formats import Order, Type, find_layout, parse_format, type_of_dtype
-from ._frames import check_out, frame_size, new_frame, planes_of, require_size, source_run, target_run
+from ._frames import check_out, frame_size, new_frame, planes_of, require_pixels, source_run, target_run
 
 MOST_THREADS = 1024
 
@@ -118,7 +118,7 @@ class Encoder(_Codec):
         chunks: at least one of bytes or any contiguous buffer. width, height: pixels of the whole frame.
         """
         layout = find_layout(Order.Alpha, Type.U8)
-        require_size(layout, width, height)
+        require_pixels(layout, width, height)
         chunks = list(chunks)
         if not chunks:
             raise ArgumentError("there must be at least one chunk")

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Files of frames, one after the other: each begins with its 'pack' box, whose size is the size of the frame."""
 
+import itertools
 import os
 import struct
 
@@ -16,6 +17,17 @@ def _open(file, mode):
     if isinstance(file, (str, os.PathLike)):
         return open(file, mode), os.fspath(file), True
     return file, str(getattr(file, "name", "the file")), False
+
+
+_numbers = itertools.count()
+
+
+def _names(path):
+    """(the file that a path leads to, its name while it is written); no such name for devices and pipes."""
+    target = os.path.realpath(os.fspath(path))
+    if os.path.exists(target) and not os.path.isfile(target):
+        return target, None
+    return target, f"{target}.part-{os.getpid()}-{next(_numbers)}"
 
 
 class Reader:
@@ -113,7 +125,8 @@ class Reader:
 class Writer:
     """Writes frames into a .qvr file, one after the other.
 
-    file: a path, which is created or emptied, or a binary file object, which is not closed.
+    file: a path, or a binary file object, which is not closed. A file gets its name when the writer is closed and is
+    PATH.part-PID-N until then; an exception inside `with` removes it and leaves what was there before.
     order, type and the options: as for Encoder.encode. threads: as for Encoder. count: frames written so far.
     A writer is for one thread at a time.
     """
@@ -123,7 +136,11 @@ class Writer:
         self._encoder = Encoder(threads)
         self._order = order
         self._how = dict(type=type, width=width, interlaced=interlaced, alpha_rle=alpha_rle, rle_slices=rle_slices)
-        self._file, self.name, self._ours = _open(file, "wb")
+        self._target = self._part = None
+        if isinstance(file, (str, os.PathLike)):
+            self._target, self._part = _names(file)
+        self._file, self.name, self._ours = _open(self._part or file, "wb")
+        self.name = os.fspath(file) if self._ours else self.name
         self.count = 0
 
     def write(self, array):
@@ -144,13 +161,24 @@ class Writer:
         self.count += 1
 
     def close(self):
-        """Ends the encoder, and closes the file if the writer opened it."""
-        self._encoder.close()
-        if self._ours:
-            self._file.close()
+        """Ends the encoder; a file that the writer opened is closed and gets its name."""
+        self._end(keep=True)
+
+    def _end(self, keep):
+        part, self._part = self._part, None
+        try:
+            self._encoder.close()
+            if self._ours:
+                self._file.close()
+            if part and keep:
+                os.replace(part, self._target)
+                part = None
+        finally:
+            if part:
+                os.unlink(part)
 
     def __enter__(self):
         return self
 
     def __exit__(self, *raised):
-        self.close()
+        self._end(keep=not any(raised))

@@ -29,6 +29,13 @@ def require_size(layout, width, height):
         raise ArgumentError(f"{layout}: a frame of {width}x{height} is too large; it must stay below 4 GiB")
 
 
+def require_pixels(layout, width, height):
+    """Refuses frames to encode that have none; what others wrote may still be read."""
+    require_size(layout, width, height)
+    if min(width, height) == 0:
+        raise ArgumentError(f"{layout}: a frame of {width}x{height} has no pixels")
+
+
 def new_frame(layout, width, height):
     """The Run of a new frame and its arrays, one for each plane."""
     require_size(layout, width, height)
@@ -74,7 +81,7 @@ def frame_size(layout, arrays, width=None):
 
 def source_run(layout, arrays, width, height, tight_alpha):
     """The frame that the arrays hold, copied only where the library cannot read them as they are."""
-    require_size(layout, width, height)
+    require_pixels(layout, width, height)
     run = _as_run(layout, arrays, tight_alpha)
     if run is None:
         run, copies = new_frame(layout, width, height)
