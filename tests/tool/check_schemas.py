@@ -85,6 +85,13 @@ def all_documents():
         found = lines_of(*command, "all.qvr", "--json")
         assert len(found) == (7 if command == ["verify"] else 6), (command, found)
         documents += found
+    lines_of("encode", PICTURE, "h.qvr", "--manifest", "h.manifest", "-q")
+    for name, findings in (("h.qvr", 0), ("a.qvr", 1)):
+        found = lines_of("verify", name, "--manifest", "h.manifest", "--json")
+        assert found[-1]["manifest"]["findings_count"] == findings, found[-1]
+        assert len(found[-1]["manifest"]["findings"]) == findings
+        assert found[-1]["good"] == (findings == 0)
+        documents += found
     return documents
 
 

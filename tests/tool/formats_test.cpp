@@ -138,7 +138,8 @@ TEST(formats, the_document_and_the_table_list_the_kinds_of_files) {
     EXPECT_EQ(document["files"][3]["one_frame"], true);
     const scratch_folder folder;
     const std::string table = folder.qvr({"formats"}).out;
-    EXPECT_TRUE(holds(table, "\n  y4m    .y4m   any number  YCbCr and grey")) << table;
+    EXPECT_TRUE(holds(table, "\n  y4m    .y4m   any number  YCbCr of 8, 10, 12 and 16 bits, grey of 8 and 16, "))
+        << table;
     EXPECT_TRUE(holds(table, "\n  exr    .exr   one         RGB and RGBA of half and single float")) << table;
 }
 

@@ -3,6 +3,7 @@
 // Manifests, recomputed with the xxhsum program, and joining of parts.
 #include <gtest/gtest.h>
 #include <stdio.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -69,7 +70,7 @@ TEST_F(manifests, each_frame_has_its_size_and_checksum) {
         ASSERT_EQ(lines.size(), 12u);
         EXPECT_EQ(lines.front(), json::parse(R"({"schema":"qvr-manifest/1","file":"a.qvr","first":20,)"
                                              R"("checksum":"xxh3_128"})"));
-        EXPECT_EQ(lines.back(), json::parse(R"({"frames":10,"bytes":610,"end":30})"));
+        EXPECT_EQ(lines.back(), json::parse(R"({"frames":10,"bytes":610,"end":30,"total":60})"));
         const bytes content = folder_.read("a.qvr");
         for (std::size_t i = 0; i < 10; ++i) {
             const json& line = lines[i + 1];
@@ -122,11 +123,103 @@ TEST_F(manifests, parts_in_another_order_or_with_one_missing_are_refused) {
          {words{"part1.qvr", "part3.qvr", "part2.qvr"}, {"part1.qvr", "part3.qvr"}, {"part1.qvr", "part1.qvr"}}) {
         const outcome result = folder_.qvr(words{"join"} + parts + words{"-o", "joined.qvr"});
         EXPECT_EQ(result.code, 2);
-        EXPECT_TRUE(holds(result.err, "but frame 20 is next\nhint: give all parts, in the order of their frames\n"))
+        EXPECT_TRUE(holds(result.err, "but frame 20 is next\nhint: give all parts, in the order of their frames; "))
             << result.err;
         EXPECT_FALSE(folder_.has("joined.qvr"));
     }
     EXPECT_EQ(folder_.qvr({"join", "part1.qvr", "-o", "part1.qvr"}).code, 2);
+}
+
+TEST_F(manifests, parts_missing_at_either_end_are_refused_or_asked_for) {
+    make_parts(3);
+    const struct {
+        words parts;
+        const char* message;
+    } cases[] = {
+        {{"part2.qvr", "part3.qvr"}, "qvr: part2.qvr: it begins with frame 20, but frame 0 is next\n"},
+        {{"part1.qvr", "part2.qvr"}, "qvr: part2.qvr: the parts end before frame 40, but the clip has 60 frames\n"},
+    };
+    for (const auto& wanted : cases) {
+        const words command = words{"join"} + wanted.parts + words{"-o", "joined.qvr", "--manifest", "j.man"};
+        const outcome result = folder_.qvr(command);
+        EXPECT_EQ(result.code, 2);
+        EXPECT_EQ(result.err.find(wanted.message), 0u) << result.err;
+        EXPECT_FALSE(folder_.has("joined.qvr"));
+        EXPECT_FALSE(folder_.has("j.man"));
+        EXPECT_EQ(folder_.qvr(command + words{"--partial"}).code, 0);
+        EXPECT_EQ(folder_.read("joined.qvr").size(), 40 * k_small_frame);
+        EXPECT_EQ(lines_of("j.man").back()["total"], 60);
+        std::filesystem::remove(folder_.file("joined.qvr"));
+        std::filesystem::remove(folder_.file("j.man"));
+    }
+    EXPECT_EQ(lines_of("part2.manifest").back(), json::parse(R"({"frames":20,"bytes":1220,"end":40,"total":60})"));
+}
+
+TEST_F(manifests, parts_of_clips_of_other_lengths_do_not_go_together) {
+    make_parts(3);
+    folder_.write("short.raw", noise(40 * k_small_samples));
+    ASSERT_EQ(
+        folder_.qvr(encode_small("short.raw", "part2.qvr", {"--range", "20-39", "--manifest", "part2.manifest"})).code,
+        0);
+    const outcome result = folder_.qvr({"join", "part1.qvr", "part2.qvr", "-o", "joined.qvr"});
+    EXPECT_EQ(result.code, 2);
+    EXPECT_TRUE(holds(result.err, "qvr: part2.qvr: it is a part of 40 frames, but those before it are of 60\n"))
+        << result.err;
+}
+
+TEST_F(manifests, parts_without_frames_do_not_make_a_file) {
+    folder_.write("empty.qvr", {});
+    const outcome result = folder_.qvr({"join", "empty.qvr", "-o", "joined.qvr"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(result.err.find("qvr: empty.qvr: there is no frame in any of the parts\nhint: "), 0u) << result.err;
+    EXPECT_FALSE(folder_.has("joined.qvr"));
+    EXPECT_EQ(folder_.qvr({"join", "empty.qvr", "long.qvr", "-o", "joined.qvr"}).code, 0);
+}
+
+TEST_F(manifests, the_number_of_all_frames_is_known_at_the_end_of_the_input) {
+    ASSERT_EQ(folder_.qvr(encode_small("-", "a.qvr", {"--manifest", "a.manifest"}), long_samples()).code, 0);
+    EXPECT_EQ(lines_of("a.manifest").back()["total"], 60);
+}
+
+// What a killed run leaves is one file, which the next run takes away.
+TEST_F(manifests, a_run_that_goes_on_has_one_name_for_what_is_not_complete) {
+    folder_.write("a.manifest.part", bytes(100000, 'x'));
+    int feed = -1;
+    const words command = encode_small("-", "a.qvr", {"--resume", "--manifest", "a.manifest"});
+    const int process = folder_.start_qvr(command, &feed);
+    feed_bytes(feed, long_samples(), k_small_samples);
+    ASSERT_TRUE(comes_to(folder_, "a.qvr.part", k_small_frame));
+    EXPECT_EQ(folder_.names(), (words{"a.manifest.part", "a.qvr.part", "long.qvr", "long.raw"}));
+    close(feed);
+    EXPECT_EQ(wait_for(process).code, 0);
+    EXPECT_EQ(folder_.names(), (words{"a.manifest", "a.qvr", "long.qvr", "long.raw"}));
+    EXPECT_EQ(lines_of("a.manifest").size(), 3u);
+}
+
+TEST_F(manifests, the_summary_of_verifying_counts_what_is_not_listed) {
+    make_parts(2);
+    const auto summary = [&](const std::string& manifest, int code) {
+        const outcome result = folder_.qvr({"verify", "part1.qvr", "--manifest", manifest, "--json"});
+        EXPECT_EQ(result.code, code) << result.err;
+        std::istringstream lines(result.out);
+        std::string last;
+        for (std::string line; std::getline(lines, line);) {
+            last = line;
+        }
+        // Twenty of thirty, how many more there are, and the count at the end.
+        EXPECT_EQ(holds(result.err, "qvr: and 10 more like these\n"), code == 1) << result.err;
+        EXPECT_EQ(holds(result.err, "frame 20 at offset"), false) << result.err;
+        EXPECT_EQ(holds(result.err, "qvr: part1.qvr: 30 frames are not as the manifest says\n"), code == 1);
+        return json::parse(last);
+    };
+    const json good = summary("part1.manifest", 0);
+    EXPECT_EQ(good["good"], true);
+    EXPECT_EQ(good["manifest"], json::parse(R"({"file":"part1.manifest","findings_count":0,"findings":[]})"));
+    const json bad = summary("part2.manifest", 1);
+    EXPECT_EQ(bad["good"], false);
+    EXPECT_EQ(bad["manifest"]["findings_count"], 30);
+    EXPECT_EQ(bad["manifest"]["findings"].size(), 20u);
+    EXPECT_EQ(std::string(bad["manifest"]["findings"][1]["message"]).find("part1.qvr: frame 1 at offset 61: "), 0u);
 }
 
 TEST_F(manifests, a_changed_part_is_found_by_its_checksum) {
@@ -216,6 +309,10 @@ TEST_F(manifests, only_qvr_files_have_one) {
     const outcome result = folder_.qvr({"convert", "long.qvr", "a.pam", "--manifest", "a.manifest"});
     EXPECT_EQ(result.code, 2);
     EXPECT_TRUE(holds(result.err, "qvr: --manifest: only .qvr files have one\n")) << result.err;
+    const outcome many = folder_.qvr({"convert", "long.qvr", "a.%d.qvr", "--manifest", "a.manifest"});
+    EXPECT_EQ(many.code, 2);
+    EXPECT_TRUE(holds(many.err, "qvr: --manifest: a numbered sequence has none, only a .qvr file with all frames\n"))
+        << many.err;
 }
 
 }  // namespace

@@ -133,7 +133,10 @@ TEST_F(resume, what_is_complete_is_left_as_it_is) {
     EXPECT_EQ(before.st_mtim.tv_nsec, after.st_mtim.tv_nsec);
     const outcome more = folder_.qvr(encode_small("long.raw", "a.qvr", {"--resume", "--range", "0-9"}));
     EXPECT_EQ(more.code, 2);
-    EXPECT_TRUE(holds(more.err, "qvr: a.qvr: cannot go on: it has 60 frames already, but 10 frames are to be in it\n"))
+    EXPECT_TRUE(holds(more.err,
+                      "qvr: a.qvr: cannot go on: a.qvr has 60 frames already, but 10 frames are to be in "
+                      "it\nhint: give the input and the options as they were; or remove a.qvr to start "
+                      "again\n"))
         << more.err;
     EXPECT_EQ(folder_.read("a.qvr"), folder_.read("long.qvr"));
 }

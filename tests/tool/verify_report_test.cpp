@@ -85,7 +85,7 @@ TEST(verify_report, programs_read_a_line_a_frame_and_a_summary) {
         {"name": "different-bytes", "severity": "warning", "offset": 151,
          "text": "the encoder writes other bytes from here on"}]})"));
     EXPECT_EQ(lines[4], json::parse(R"({"schema": "qvr-verify-summary/1", "file": "standard input", "frames": 4,
-        "identical": 2, "different": 1, "damaged": 1, "strict": false, "good": false})"));
+        "identical": 2, "different": 1, "damaged": 1, "strict": false, "manifest": null, "good": false})"));
 }
 
 TEST(verify_report, one_frame_can_be_chosen) {

@@ -161,14 +161,70 @@ TEST(y4m, the_frame_rate_is_said_to_be_lost_where_it_is) {
 
 TEST(y4m, what_else_the_first_line_says_is_tolerated_or_said) {
     const scratch_folder folder;
-    folder.write("a.y4m", joined({text("YUV4MPEG2 H2 W2 F0:0 A1:1  C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=FULL\n"),
-                                  text("FRAME Ixyz Xcomment\n"),
+    folder.write("a.y4m", joined({text("YUV4MPEG2 H2 W2 F0:0 A1:1  C420jpeg XYSCSS=420JPEG XCOLORRANGE=LIMITED\n"),
+                                  text("FRAME \n"),
                                   {1, 2, 3, 4, 5, 6}}));
     expect_silent(folder, {"convert", "a.y4m", "a.raw", "--strict"});
     EXPECT_EQ(folder.read("a.raw"), (bytes{1, 2, 3, 4, 5, 6}));
     folder.write("b.y4m", joined({text("YUV4MPEG2 W2 H2 A16:15\nFRAME\n"), noise(6)}));
     EXPECT_EQ(folder.qvr({"convert", "b.y4m", "b.raw", "-q"}).err,
               "qvr: warning: b.y4m: its pixel aspect of 16:15 is left out\n");
+}
+
+TEST(y4m, what_the_lines_say_and_no_frame_keeps_is_said_once_or_refused) {
+    const struct {
+        const char* header;
+        const char* frame_line;
+        const char* loss;
+    } cases[] = {
+        {"C420mpeg2 XYSCSS=420MPEG2", "FRAME", "that its chroma is sited as C420mpeg2 says is left out"},
+        {"C420paldv", "FRAME", "that its chroma is sited as C420paldv says is left out"},
+        {"XYSCSS=420PALDV", "FRAME", "that its chroma is sited as C420paldv says is left out"},
+        {"XCOLORRANGE=FULL", "FRAME", "that its samples use the full range is left out"},
+        {"Xshot=12", "FRAME", "'Xshot=12' of its first line is left out"},
+        {"A4:3", "FRAME", "its pixel aspect of 4:3 is left out"},
+        {"A1:1", "FRAME Ip", "what its lines 'FRAME' say of single frames is left out"},
+    };
+    for (const auto& wanted : cases) {
+        SCOPED_TRACE(wanted.loss);
+        const scratch_folder folder;
+        const bytes one = joined({text(std::string(wanted.frame_line) + "\n"), noise(6)});
+        folder.write("a.y4m", joined({text(std::string("YUV4MPEG2 W2 H2 ") + wanted.header + "\n"), one, one}));
+        for (const char* made : {"b.y4m", "b.raw", "b.qvr"}) {
+            const outcome result = folder.qvr({"convert", "a.y4m", made, "-q"});
+            EXPECT_EQ(result.code, 0);
+            EXPECT_EQ(result.err, std::string("qvr: warning: a.y4m: ") + wanted.loss + "\n");
+            expect_failure(folder, {"convert", "a.y4m", std::string("c") + made, "--strict"}, 2, wanted.loss,
+                           "leave --strict out");
+        }
+    }
+}
+
+TEST(y4m, behind_damage_nothing_is_looked_for) {
+    const scratch_folder folder;
+    const auto clip = [](std::size_t first_bytes) {
+        return joined({text("YUV4MPEG2 W8 H8\nFRAME\n"), bytes(first_bytes, '\n'), text("FRAME\n"), bytes(96, '\n')});
+    };
+    folder.write("a.y4m", clip(95));
+    for (const char* made : {"a.qvr", "a.raw"}) {
+        const outcome result = folder.qvr({"convert", "a.y4m", made, "--keep-going", "-q"});
+        EXPECT_EQ(result.code, 1);
+        EXPECT_EQ(result.err,
+                  "qvr: a.y4m: frame 1 at offset 118: a line 'FRAME' should be here\n"
+                  "hint: the file is damaged or was cut short; nothing behind this place can be found\n"
+                  "qvr: " +
+                      std::string(made) +
+                      ": 1 frame of 2 left out, because the data are bad: 1\n"
+                      "hint: the messages above say what is wrong with each; all others are whole\n");
+    }
+    folder.write("a.y4m", joined({text("YUV4MPEG2 W8 H8\nFRAME\n"), bytes(95)}));
+    const outcome none = folder.qvr({"convert", "a.y4m", "b.raw", "--keep-going", "-q"});
+    EXPECT_EQ(none.code, 1);
+    EXPECT_EQ(none.err,
+              "qvr: a.y4m: frame 0 at offset 16: the frame is not complete: 95 bytes are left, a frame has 96\n"
+              "hint: the file is damaged or was cut short; nothing behind this place can be found\n"
+              "qvr: a.y4m: none of its frames could be read\n");
+    EXPECT_FALSE(folder.has("b.raw"));
 }
 
 TEST(y4m, depths_without_a_type_become_16_bits_and_that_is_said) {

@@ -83,6 +83,10 @@ std::unique_ptr<frame_input> open_input(const std::string& path, const layout_re
 std::unique_ptr<frame_output> open_output(const std::string& path, const layout_request& request,
                                           const std::string& manifest) {
     const bool stream = is_qvr(container_of_output(path, request)) && !sequence_pattern::parse(path);
+    if (!manifest.empty() && sequence_pattern::parse(path)) {
+        fail_usage("--manifest: a numbered sequence has none, only a .qvr file with all frames",
+                   "leave it out, or name OUT like clip.qvr");
+    }
     if (!stream && !manifest.empty()) {
         fail_usage("--manifest: only .qvr files have one", "leave it out, or name OUT like clip.qvr");
     }
@@ -119,8 +123,15 @@ void run_convert(convert_options& options) {
     const auto open_again = [&] { return open_input(options.input, from); };
     work_ends ends = {"convert", input_text(options.input), open_again(), nullptr, open_again};
     keep_rate(*ends.input, options, to);
+    const bool codes = is_qvr(container_of_output(options.output, to));
+    if (options.alpha_rle && !codes) {
+        warn(options.output, "--alpha-rle changes nothing: only .qvr files hold coded alpha");
+    }
     ends.output = open_output(options.output, to, options.manifest);
     const work_report report = do_work(ends, options.work, options.run);
+    if (options.alpha_rle && codes) {
+        tell_of_no_alpha_to_code(report.layout, ends.input_name);
+    }
     say_report(ends, report, options.run, "");
     if (options.json) {
         print_result(ends.task, ends.output->name(), report.frames, report.time,

@@ -43,9 +43,10 @@ struct decode_options {
 };
 
 // The alpha plane beside a compressed frame is decoded like any other; the frame itself is not. Said once for a file.
-void tell_of_payload(const frame_job& in, std::atomic<bool>& told) {
+void tell_of_payload(const frame_layout& own, const frame_job& in, std::atomic<bool>& told) {
     const bytes_view stream = in.bitstream();
-    if (QVRUncompressed_ReadWrapCount(stream.data, static_cast<std::uint32_t>(stream.size)) > 0 &&
+    const bool decodes = own.colorComponentOrder != 0;
+    if (decodes && QVRUncompressed_ReadWrapCount(stream.data, static_cast<std::uint32_t>(stream.size)) > 0 &&
         !told.exchange(true)) {
         warn(in.place.file, "only alpha planes are decoded; 'qvr unwrap' takes out the compressed frames beside them");
     }
@@ -68,7 +69,7 @@ void run_decode(const decode_options& options) {
     std::atomic<bool> payload_told{false};
     const auto open_input = [&] {
         return open_stream_input(options.input, [&](const frame_layout& own, const frame_job& in) {
-            tell_of_payload(in, payload_told);
+            tell_of_payload(own, in, payload_told);
             return own;
         });
     };

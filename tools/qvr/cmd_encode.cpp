@@ -49,11 +49,12 @@ struct encode_options {
 void say_losses(const encode_options& options, const frame_source& source, const frame_layout& layout,
                 loss_log& losses) {
     const location where = {source.last_place().file, {}};
-    const order_info& order = *find_order(layout.colorComponentOrder);
-    lose_unstored_alpha(layout, where, losses);
+    if (!source.alpha_is_made_up()) {
+        lose_unstored_alpha(layout, where, losses);
+    }
     lose_rate(source.rate(), where, losses);
-    if (options.alpha_rle && !order.alpha) {
-        warn(where.file, std::string("--alpha-rle changes nothing: order ") + order.name + " has no alpha");
+    if (options.alpha_rle) {
+        tell_of_no_alpha_to_code(layout, where.file);
     }
 }
 

@@ -77,10 +77,12 @@ class verifying {
             check(found);
             return frame_problem();
         });
+        if (!options.manifest.empty()) {
+            unlisted = find_what_is_not_listed(options.input, options.manifest);
+        }
         print_summary();
         finish_standard_output();
-        const unsigned long long unlisted =
-            options.manifest.empty() ? 0 : say_what_is_not_listed(options.input, options.manifest);
+        print_findings(unlisted);
         if (options.run.time) {
             say(name + ": verify: " + time_text(work.time(), all.frames));
         }
@@ -164,12 +166,21 @@ class verifying {
                              {"different", all.different},
                              {"damaged", all.damaged},
                              {"strict", options.strict},
-                             {"good", !first_bad.has_value()}});
+                             {"manifest", options.manifest.empty() ? json(nullptr) : json_manifest()},
+                             {"good", !first_bad && unlisted.count == 0}});
             print_json(document);
         } else if (!options.run.quiet) {
             std::printf("%s: %llu frame%s: %llu identical, %llu different but sound, %llu damaged\n", name.c_str(),
                         all.frames, all.frames == 1 ? "" : "s", all.identical, all.different, all.damaged);
         }
+    }
+
+    json json_manifest() const {
+        json findings = json::array();
+        for (const failure& each : unlisted.first) {
+            findings.push_back({{"message", each.message()}, {"hint", each.hint()}});
+        }
+        return {{"file", options.manifest}, {"findings_count", unlisted.count}, {"findings", findings}};
     }
 
     std::string rest_text() const {
@@ -181,6 +192,7 @@ class verifying {
     verifier work;
     std::string name;
     totals all;
+    manifest_findings unlisted;
     std::optional<bad_frame> first_bad;
 };
 

@@ -30,15 +30,18 @@ std::string exit_codes_line() {
 failure::failure(exit_code code, location where, const std::string& what, std::string hint)
     : std::runtime_error(what), ends_with(code), place(std::move(where)), advice(std::move(hint)) {}
 
-std::string failure::text() const {
-    std::string text = "qvr: ";
+std::string failure::message() const {
+    std::string text;
     for (const std::string* part : {&place.file, &place.spot}) {
         if (!part->empty()) {
             text += *part + ": ";
         }
     }
-    text += what();
-    text += '\n';
+    return text + what();
+}
+
+std::string failure::text() const {
+    std::string text = "qvr: " + message() + "\n";
     if (!advice.empty()) {
         text += "hint: " + advice + "\n";
     }

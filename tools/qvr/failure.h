@@ -39,6 +39,8 @@ class failure : public std::runtime_error {
 
     exit_code code() const { return ends_with; }
     const std::string& hint() const { return advice; }
+    // Where and what, on one line: "clip.qvr: frame 3 at offset 4096: WHAT".
+    std::string message() const;
     // The complete text for standard error, hint included, with a line feed at the end.
     std::string text() const;
 

@@ -55,8 +55,9 @@ class input_file {
 void stop_waiting_for_input();
 
 // What becomes of an output that is not committed: it is removed, or it stays beside the target as TARGET.part, where
-// the next output_file of the same kind finds it.
-enum class incomplete { removed, kept };
+// the next output_file of the same kind finds it. One that is begun again is removed too, but always has that name, so
+// that a process that was killed leaves no more than one; only one process at a time may write it.
+enum class incomplete { removed, kept, begun_again };
 
 // Writes to a temporary file beside the target, which commit() renames. Without commit() nothing stays behind, neither
 // after an exception nor after an interrupt, unless it is to be kept. Devices and pipes, which cannot be replaced, are
@@ -86,6 +87,7 @@ class output_file {
 
   private:
     void open_beside_target();
+    void open_again();
     void open_kept();
     void lock();
     std::size_t compare_kept(const std::uint8_t* with, std::size_t count);

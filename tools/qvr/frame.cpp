@@ -97,6 +97,13 @@ void lose_unstored_alpha(const frame_layout& layout, const location& where, loss
     }
 }
 
+void tell_of_no_alpha_to_code(const frame_layout& layout, const std::string& file) {
+    const order_info* order = find_order(layout.colorComponentOrder);
+    if (order && !order->alpha) {
+        warn(file, std::string("--alpha-rle changes nothing: order ") + order->name + " has no alpha");
+    }
+}
+
 void lose_rate(const std::optional<frame_rate>& rate, const location& where, loss_log& losses) {
     // The default of --rate brings the usual one back.
     if (rate && !(*rate == frame_rate())) {

@@ -66,6 +66,8 @@ class frame_source {
     virtual location last_place() const = 0;
     // Known from the beginning, if at all.
     virtual std::optional<frame_rate> rate() const { return std::nullopt; }
+    // Whether the alpha of the frame that next() gave last was not in the file: opaque, because its order has alpha.
+    virtual bool alpha_is_made_up() const { return false; }
     // Whether each frame is a file of its own, so that several sources can read the same frames side by side.
     virtual bool has_file_for_each() const { return false; }
 };
@@ -74,6 +76,7 @@ class frame_source {
 struct kept_frames {
     unsigned long long count = 0;
     bool complete = false;
+    std::string file;
 };
 
 class frame_sink {
@@ -100,6 +103,9 @@ void lose_alpha(const frame_layout& from, const frame_layout& to, const location
 void lose_unstored_alpha(const frame_layout& layout, const location& where, loss_log& losses);
 // its rate, in files that keep none.
 void lose_rate(const std::optional<frame_rate>& rate, const location& where, loss_log& losses);
+
+// Warns when coding of alpha was asked for and the frames have none.
+void tell_of_no_alpha_to_code(const frame_layout& layout, const std::string& file);
 
 // What the command line says about the caller's side of frames.
 struct layout_request {

@@ -66,8 +66,8 @@ class frame_output {
     virtual frame_layout wanted(unsigned, const frame_job&, const frame_layout& own) { return own; }
     virtual void pack(unsigned worker, frame_job& in) = 0;
     virtual void write(frame_job& in) = 0;
-    // end: the number behind the last frame that was to be written.
-    virtual void commit(unsigned long long end) = 0;
+    // end: the number behind the last frame that was to be written; total: of all frames of the input, where known.
+    virtual void commit(unsigned long long end, std::optional<unsigned long long> total) = 0;
 
     virtual codec_time time() const { return {}; }
     // How large the whole output is, where that is of interest.

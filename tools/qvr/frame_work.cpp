@@ -40,7 +40,8 @@ class frame_work {
         progress shown(form, ends.task, output.name(), expected, report.kept + count_present(), plan);
         run_pipeline(plan.jobs, steps(shown));
         require_all_read();
-        output.commit(number);
+        // What was read to its end has been counted; a number told before that may be a guess.
+        output.commit(number, range.end ? total : number);
         shown.end();
         report.told = form == progress::form::json;
         report.kept += present;
@@ -62,9 +63,9 @@ class frame_work {
         const kept_frames kept = output.go_on([this] { return first_layout(); });
         if (expected && (kept.count > *expected || (kept.complete && kept.count != *expected))) {
             throw failure(exit_code::usage, {output.name(), {}},
-                          "cannot go on: it has " + frames_text(kept.count) + " already, but " +
+                          "cannot go on: " + kept.file + " has " + frames_text(kept.count) + " already, but " +
                               frames_text(*expected) + " are to be in it",
-                          "remove it to start again, or leave --resume out");
+                          "give the input and the options as they were; or remove " + kept.file + " to start again");
         }
         if (kept.count > 0) {
             report.kept = kept.count - 1;
@@ -113,7 +114,7 @@ class frame_work {
         if (options.keep_going) {
             to_do.lose = [this, &shown](const frame_job& job, const failure& problem) {
                 report.lost.push_back(job.number);
-                shown.frame_lost(job.number, problem.text());
+                shown.frame_lost(job.number, problem);
             };
         }
         to_do.stop_reading = stop_waiting_for_input;
@@ -159,7 +160,8 @@ class frame_work {
     void write(frame_job& job, progress& shown) {
         const std::string text = layout_text(job.picture.layout);
         if (!last_layout.empty() && text != last_layout) {
-            warn(job.place.file, job.place.spot + ": the layout changes here to " + text);
+            warn(job.place.file,
+                 job.place.spot + (job.place.spot.empty() ? "" : ": ") + "the layout changes here to " + text);
         }
         last_layout = text;
         output.write(job);

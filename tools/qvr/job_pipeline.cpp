@@ -101,15 +101,14 @@ class job_queue {
     bool stopped = false;        // nothing more is wanted
 };
 
-// A data failure in other words than the last one, whose words it then takes the place of.
-bool is_data_failure(const std::exception_ptr& problem, std::string& last_words) {
+// The text of a data failure; of any other problem none.
+std::string data_failure(const std::exception_ptr& problem) {
     try {
         std::rethrow_exception(problem);
     } catch (const failure& found) {
-        const std::string words = found.text();
-        return found.code() == exit_code::data && words != std::exchange(last_words, words);
+        return found.code() == exit_code::data ? found.text() : "";
     } catch (...) {
-        return false;
+        return "";
     }
 }
 
@@ -154,8 +153,12 @@ class crew {
                 }
             } catch (...) {
                 at->job.problem = std::current_exception();
-                // What fails in the same words again has not gone on.
-                more = steps.lose && is_data_failure(at->job.problem, last_words);
+                const std::string words = steps.lose ? data_failure(at->job.problem) : "";
+                more = !words.empty();
+                // What fails in the same words again has not gone on, and has been told.
+                if (more && words == std::exchange(last_words, words)) {
+                    break;
+                }
             }
             queue.give_read(at);
         }

@@ -35,8 +35,9 @@ std::string checksum_text(bytes_view of) {
     return text;
 }
 
-manifest_writer::manifest_writer(const std::string& path, const std::string& described, unsigned long long first)
-    : file(path) {
+manifest_writer::manifest_writer(const std::string& path, const std::string& described, unsigned long long first,
+                                 incomplete becomes)
+    : file(path, becomes) {
     const json header = {
         {"schema", k_schema}, {"file", file_part(described)}, {"first", first}, {"checksum", k_checksum}};
     write_line(header.dump(-1, ' ', false, json::error_handler_t::replace));
@@ -54,8 +55,11 @@ void manifest_writer::add(unsigned long long number, std::uint64_t size, const s
     ++frames;
 }
 
-void manifest_writer::commit(unsigned long long end) {
-    const json last = {{"frames", frames}, {"bytes", offset}, {"end", end}};
+void manifest_writer::commit(unsigned long long end, std::optional<unsigned long long> total) {
+    json last = {{"frames", frames}, {"bytes", offset}, {"end", end}};
+    if (total) {
+        last["total"] = *total;
+    }
     write_line(last.dump());
     file.commit();
 }
@@ -124,6 +128,9 @@ std::optional<manifest_frame> manifest_reader::next() {
             fail("the numbers of frames and bytes are not those of the lines before");
         }
         end_frame = number("end");
+        if (read.contains("total")) {
+            total_frames = number("total");
+        }
         return std::nullopt;
     }
     manifest_frame found{number("frame"), number("offset"), number("size"), {}};

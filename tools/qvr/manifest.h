@@ -27,11 +27,13 @@ std::string checksum_text(bytes_view of);
 class manifest_writer {
   public:
     // path: of the manifest; described: of the .qvr file; first: the number of its first frame in the sequence.
-    manifest_writer(const std::string& path, const std::string& described, unsigned long long first);
+    manifest_writer(const std::string& path, const std::string& described, unsigned long long first,
+                    incomplete becomes = incomplete::removed);
 
     void add(unsigned long long number, std::uint64_t size, const std::string& checksum);
-    // end: the number behind the last frame that the file was to hold.
-    void commit(unsigned long long end);
+    // end: the number behind the last frame that the file was to hold; total: of all frames of the sequence, where
+    // that is known.
+    void commit(unsigned long long end, std::optional<unsigned long long> total);
 
   private:
     void write_line(const std::string& line);
@@ -53,6 +55,8 @@ class manifest_reader {
     std::optional<manifest_frame> next();
     // Known when next() has given none: the number behind the last frame that the file was to hold.
     unsigned long long end() const { return end_frame; }
+    // Known then as well, when the manifest says it: the number of all frames of the sequence.
+    std::optional<unsigned long long> total() const { return total_frames; }
 
   private:
     std::optional<std::string> read_line();
@@ -66,6 +70,7 @@ class manifest_reader {
     unsigned long long line_number = 0;
     unsigned long long first_frame = 0;
     unsigned long long end_frame = 0;
+    std::optional<unsigned long long> total_frames;
     unsigned long long frames = 0;
     std::uint64_t offset = 0;
 };

@@ -50,12 +50,13 @@ void checked_reader::compare(const std::optional<manifest_frame>& listed) {
     }
 }
 
-unsigned long long say_what_is_not_listed(const std::string& path, const std::string& manifest_path) {
+manifest_findings find_what_is_not_listed(const std::string& path, const std::string& manifest_path) {
     if (path == "-") {
         fail_usage("--manifest needs a file: standard input cannot be read twice", "name the file");
     }
     checked_reader reader(path, manifest_path);
-    unsigned long long bad = 0;
+    constexpr std::size_t k_most = 20;
+    manifest_findings found;
     std::string last_words;
     for (bool more = true; more;) {
         try {
@@ -66,19 +67,28 @@ unsigned long long say_what_is_not_listed(const std::string& path, const std::st
             }
             // The same again: nothing can be found behind it.
             more = problem.text() != std::exchange(last_words, problem.text());
-            if (more) {
-                ++bad;
-                print_message(problem.text());
+            if (more && found.count++ < k_most) {
+                found.first.push_back(problem);
             }
         }
     }
-    return bad;
+    return found;
 }
 
-void require_listed(const std::string& name, unsigned long long bad) {
-    if (bad > 0) {
+void print_findings(const manifest_findings& found) {
+    for (const failure& each : found.first) {
+        print_message(each.text());
+    }
+    if (found.count > found.first.size()) {
+        print_message("qvr: and " + std::to_string(found.count - found.first.size()) + " more like these\n");
+    }
+}
+
+void require_listed(const std::string& name, const manifest_findings& found) {
+    if (found.count > 0) {
         throw failure(exit_code::data, {name, {}},
-                      std::to_string(bad) + (bad == 1 ? " frame is" : " frames are") + " not as the manifest says",
+                      std::to_string(found.count) + (found.count == 1 ? " frame is" : " frames are") +
+                          " not as the manifest says",
                       "the messages above say which");
     }
 }

@@ -5,7 +5,9 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "failure.h"
 #include "manifest.h"
 #include "qvr_file.h"
 
@@ -29,6 +31,8 @@ class checked_reader {
     unsigned long long first() const { return list ? list->first() : 0; }
     // When next() has given false: the number behind the last frame that the file was to hold.
     unsigned long long end() const { return list ? list->end() : reader.number(); }
+    // Then also: the number of all frames of the sequence, when its manifest says it.
+    std::optional<unsigned long long> total() const { return list ? list->total() : std::nullopt; }
 
   private:
     void compare(const std::optional<manifest_frame>& listed);
@@ -40,10 +44,19 @@ class checked_reader {
     unsigned long long current = 0;
 };
 
-// Reads all of the file, says on standard error which frames are not as the manifest says, and returns how many.
-unsigned long long say_what_is_not_listed(const std::string& path, const std::string& manifest_path);
+// What in a file is not as its manifest says.
+struct manifest_findings {
+    unsigned long long count = 0;
+    std::vector<failure> first;  // the first 20
+};
+
+// Reads all of the file.
+manifest_findings find_what_is_not_listed(const std::string& path, const std::string& manifest_path);
+
+// On standard error.
+void print_findings(const manifest_findings& found);
 
 // A data failure when there are any.
-void require_listed(const std::string& name, unsigned long long bad);
+void require_listed(const std::string& name, const manifest_findings& found);
 
 }  // namespace qvr

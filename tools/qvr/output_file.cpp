@@ -21,6 +21,10 @@ namespace {
 
 // A link is followed, so that the file it points to is replaced and not the link.
 std::string resolved(const std::string& path) {
+    struct stat status = {};
+    if (lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
+        return path;
+    }
     const std::unique_ptr<char, void (*)(void*)> real(realpath(path.c_str(), nullptr), std::free);
     return real ? std::string(real.get()) : path;
 }
@@ -56,6 +60,8 @@ output_file::output_file(const std::string& path, const std::string& called, inc
     target = resolved(path);
     if (becomes_kept) {
         open_kept();
+    } else if (becomes == incomplete::begun_again) {
+        open_again();
     } else {
         open_beside_target();
     }
@@ -71,6 +77,16 @@ void output_file::open_beside_target() {
         if (descriptor < 0 && (errno != EEXIST || attempt >= 100)) {
             fail("cannot create it");
         }
+    }
+    owned = true;
+    pending.watch(temporary);
+}
+
+void output_file::open_again() {
+    temporary = target + ".part";
+    descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (descriptor < 0) {
+        fail("cannot create it");
     }
     owned = true;
     pending.watch(temporary);

@@ -167,7 +167,7 @@ class picture_output : public frame_output {
         sink->put(in.picture);
     }
 
-    void commit(unsigned long long) override { sink->commit(); }
+    void commit(unsigned long long, std::optional<unsigned long long>) override { sink->commit(); }
 
   private:
     std::string shown_name;
@@ -207,7 +207,7 @@ class picture_files_output : public frame_output {
     }
 
     void write(frame_job&) override {}
-    void commit(unsigned long long) override {}
+    void commit(unsigned long long, std::optional<unsigned long long>) override {}
 
   private:
     std::string path(unsigned long long number) const { return files.path(request.start.value_or(0) + number); }

@@ -130,6 +130,8 @@ class picture_source : public frame_source {
         return true;
     }
 
+    bool alpha_is_made_up() const override { return !taken.has_alpha(); }
+
     std::uint64_t skip(std::uint64_t wanted) override {
         if (format.many) {
             return frame_source::skip(wanted);

@@ -103,12 +103,15 @@ void progress::frame_done(unsigned long long number, std::uint64_t bytes) {
     show();
 }
 
-void progress::frame_lost(unsigned long long number, const std::string& message) {
+void progress::frame_lost(unsigned long long number, const failure& problem) {
     ++frames_lost;
     if (shown_as == form::json) {
-        print_json({{"event", "frame_failed"}, {"frame", number}, {"message", message}});
+        print_json({{"event", "frame_failed"},
+                    {"frame", number},
+                    {"message", problem.message()},
+                    {"hint", problem.hint().empty() ? json(nullptr) : json(problem.hint())}});
     } else {
-        print_message(message);
+        print_message(problem.text());
     }
 }
 

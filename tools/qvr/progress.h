@@ -30,7 +30,7 @@ class progress {
 
     // Frame `number` of the input is done; `bytes` is the size of its raw samples.
     void frame_done(unsigned long long number, std::uint64_t bytes);
-    void frame_lost(unsigned long long number, const std::string& message);
+    void frame_lost(unsigned long long number, const failure& problem);
     // All has been done.
     void end();
 

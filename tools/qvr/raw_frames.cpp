@@ -20,6 +20,9 @@ class raw_source : public frame_source {
     }
 
     bool next(frame& to) override {
+        if (cut_short) {
+            return false;
+        }
         const std::size_t got = file->read_into(to.samples, 0, frame_bytes);
         if (got == 0 && count == 0) {
             throw failure(exit_code::data, {file->name(), {}}, "there is no frame in it: the file is empty");
@@ -61,6 +64,7 @@ class raw_source : public frame_source {
     void require_whole(std::size_t got) {
         place = {file->name(), frame_spot(count, count * frame_bytes)};
         if (got < frame_bytes) {
+            cut_short = true;
             throw failure(
                 exit_code::data, place,
                 "the last frame is not complete: " + std::to_string(got) + " bytes are left, a frame has " +
@@ -73,6 +77,7 @@ class raw_source : public frame_source {
     frame_layout layout;
     std::size_t frame_bytes = 0;
     unsigned long long count = 0;
+    bool cut_short = false;
     location place;
 };
 
@@ -116,12 +121,12 @@ class raw_sink : public frame_sink {
 
     kept_frames go_on(const std::function<frame_layout()>& layout) override {
         if (file.kept_bytes() == 0) {
-            return {0, file.kept_is_complete()};
+            return {0, file.kept_is_complete(), file.kept_path()};
         }
         const std::uint64_t frame_bytes = std::max<std::uint64_t>(raw_frame_bytes(layout()), 1);
         const std::uint64_t count = file.kept_bytes() / frame_bytes;
         file.go_on(count == 0 ? 0 : (count - 1) * frame_bytes, count * frame_bytes);
-        return {count, file.kept_is_complete()};
+        return {count, file.kept_is_complete(), file.kept_path()};
     }
 
   private:

@@ -114,7 +114,11 @@ class stream_output : public frame_output {
   public:
     stream_output(const std::string& path, const compression& wanted_how, incomplete becomes, const std::string& list,
                   layout_choice wanted_layout)
-        : file(path, becomes), how(wanted_how), manifest_path(list), choose(std::move(wanted_layout)) {}
+        : file(path, becomes),
+          keeps(becomes == incomplete::kept),
+          how(wanted_how),
+          manifest_path(list),
+          choose(std::move(wanted_layout)) {}
 
     const std::string& name() const override { return file.name(); }
 
@@ -124,7 +128,8 @@ class stream_output : public frame_output {
         }
         first_frame = first;
         if (!manifest_path.empty()) {
-            manifest.emplace(manifest_path, file.name(), first);
+            // A run that goes on has locked its .qvr file, so that it is alone with the manifest as well.
+            manifest.emplace(manifest_path, file.name(), first, keeps ? incomplete::begun_again : incomplete::removed);
         }
     }
 
@@ -134,6 +139,7 @@ class stream_output : public frame_output {
         frame_reader reader(kept);
         kept_frames found;
         found.complete = file.kept_is_complete();
+        found.file = file.kept_path();
         std::uint64_t last = 0;
         std::optional<std::string> last_checksum;
         while (next_whole(reader)) {
@@ -168,10 +174,10 @@ class stream_output : public frame_output {
         }
     }
 
-    void commit(unsigned long long end) override {
+    void commit(unsigned long long end, std::optional<unsigned long long> total) override {
         file.commit();
         if (manifest) {
-            manifest->commit(end);
+            manifest->commit(end, total);
         }
     }
 
@@ -192,6 +198,7 @@ class stream_output : public frame_output {
     }
 
     output_file file;
+    bool keeps;
     compression how;
     std::string manifest_path;
     layout_choice choose;

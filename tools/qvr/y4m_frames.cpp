@@ -14,13 +14,13 @@ namespace {
 
 constexpr const char* k_magic = "YUV4MPEG2";
 constexpr const char* k_frame = "FRAME";
-constexpr const char* k_damaged = "the file is damaged or was cut short";
+constexpr const char* k_damaged = "the file is damaged or was cut short; nothing behind this place can be found";
 constexpr std::size_t k_most_line = 10000;
 
 class y4m_source : public frame_source {
   public:
     y4m_source(std::unique_ptr<input_file> from, const layout_request& request)
-        : file(std::move(from)), place{file->name(), {}} {
+        : file(std::move(from)), losses(request.losses), place{file->name(), {}} {
         std::string line;
         if (!read_line(line) || line.compare(0, std::char_traits<char>::length(k_magic), k_magic) != 0) {
             throw failure(exit_code::data, place, std::string("this is no Y4M file: it does not begin with ") + k_magic,
@@ -29,7 +29,7 @@ class y4m_source : public frame_source {
         head = parse_y4m_header(line, file->name());
         require_same_format(request);
         for (const std::string& loss : head.left_out) {
-            request.losses->lose(place, loss);
+            losses->lose(place, loss);
         }
         if (request.interlaced) {
             head.layout.frameLayout = QVRUncompressed_LayoutInterlaced;
@@ -46,14 +46,15 @@ class y4m_source : public frame_source {
             return false;
         }
         require_whole(file->read_into(planar, 0, frame_bytes));
+        ++count;
         to.layout = head.layout;
         to.bytes = frame_bytes;
         to.samples.resize(std::max(to.samples.size(), frame_bytes));
         if (!from_y4m(head.layout, head.depth, planar.data(), to.samples.data())) {
             throw failure(exit_code::data, place,
-                          "there are samples of more than " + std::to_string(head.depth) + " bits", k_damaged);
+                          "there are samples of more than " + std::to_string(head.depth) + " bits",
+                          "the file is damaged");
         }
-        ++count;
         return true;
     }
 
@@ -77,6 +78,12 @@ class y4m_source : public frame_source {
     std::optional<frame_rate> rate() const override { return head.rate; }
 
   private:
+    // Frames are found by their size alone: behind damage there are none.
+    [[noreturn]] void fail(const std::string& what) {
+        broken = true;
+        throw failure(exit_code::data, place, what, k_damaged);
+    }
+
     // False at the end of the file.
     bool read_line(std::string& line) {
         line.clear();
@@ -90,24 +97,31 @@ class y4m_source : public frame_source {
             }
         }
         if (!line.empty()) {
-            throw failure(exit_code::data, place, "a line of its header does not end", k_damaged);
+            fail("a line of its header does not end");
         }
         return false;
     }
 
     bool read_frame_line() {
+        if (broken) {
+            return false;
+        }
         const location before = {file->name(), frame_spot(count, offset)};
         std::string line;
         if (!read_line(line)) {
             if (count == 0) {
-                throw failure(exit_code::data, {file->name(), {}}, "there is no frame in it", k_damaged);
+                throw failure(exit_code::data, {file->name(), {}}, "there is no frame in it",
+                              "the file is damaged or was cut short");
             }
             return false;
         }
         place = before;
         if (line != k_frame &&
             line.compare(0, std::char_traits<char>::length(k_frame) + 1, std::string(k_frame) + " ") != 0) {
-            throw failure(exit_code::data, place, "a line 'FRAME' should be here", k_damaged);
+            fail("a line 'FRAME' should be here");
+        }
+        if (line.find_first_not_of(' ', std::char_traits<char>::length(k_frame)) != std::string::npos) {
+            losses->lose({file->name(), {}}, "what its lines 'FRAME' say of single frames is left out");
         }
         return true;
     }
@@ -115,10 +129,8 @@ class y4m_source : public frame_source {
     void require_whole(std::size_t got) {
         offset += got;
         if (got < frame_bytes) {
-            throw failure(exit_code::data, place,
-                          "the frame is not complete: " + std::to_string(got) + " bytes are left, a frame has " +
-                              std::to_string(frame_bytes),
-                          k_damaged);
+            fail("the frame is not complete: " + std::to_string(got) + " bytes are left, a frame has " +
+                 std::to_string(frame_bytes));
         }
     }
 
@@ -135,12 +147,14 @@ class y4m_source : public frame_source {
     }
 
     std::unique_ptr<input_file> file;
+    std::shared_ptr<loss_log> losses;
     y4m_header head;
     std::size_t frame_bytes = 0;
     std::vector<std::uint8_t> planar;
     std::uint64_t count = 0;
     std::uint64_t offset = 0;
     location place;
+    bool broken = false;
 };
 
 const y4m_kind* find_kind(std::uint32_t order) {
@@ -202,7 +216,7 @@ class y4m_sink : public frame_sink {
 
     kept_frames go_on(const std::function<frame_layout()>& layout) override {
         if (file.kept_bytes() == 0) {
-            return {0, file.kept_is_complete()};
+            return {0, file.kept_is_complete(), file.kept_path()};
         }
         const frame_layout of = layout();
         const std::uint64_t head = header_of(of).size() + 1;
@@ -210,14 +224,14 @@ class y4m_sink : public frame_sink {
         const std::uint64_t count = (std::max(file.kept_bytes(), head) - head) / each;
         if (count == 0) {
             file.go_on(0, 0);
-            return {0, file.kept_is_complete()};
+            return {0, file.kept_is_complete(), file.kept_path()};
         }
         const std::uint64_t whole = head + count * each;
         file.go_on(0, whole);
         header = header_of(of);
         write_text(header + "\n");
         file.go_on(whole - each, whole);
-        return {count, file.kept_is_complete()};
+        return {count, file.kept_is_complete(), file.kept_path()};
     }
 
   private:

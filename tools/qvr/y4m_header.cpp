@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "y4m_header.h"
 
+#include <strings.h>
+
 #include <algorithm>
 #include <charconv>
 #include <system_error>
@@ -51,6 +53,10 @@ std::optional<frame_rate> as_ratio(const std::string& text) {
     return first && second ? std::optional<frame_rate>({*first, *second}) : std::nullopt;
 }
 
+bool same_letters(const std::string& a, const std::string& b) {
+    return strcasecmp(a.c_str(), b.c_str()) == 0;
+}
+
 class header_parser {
   public:
     explicit header_parser(std::string of) : file(std::move(of)) {}
@@ -99,7 +105,31 @@ class header_parser {
                 sampling = value;
                 break;
             default:
-                break;  // comments and what other programs add
+                set_other(key, value);
+                break;
+        }
+    }
+
+    // Comments and what other programs add. Some of it only says what is so without it.
+    void set_other(char key, const std::string& value) {
+        const std::size_t equals = std::min(value.find('='), value.size());
+        const std::string name = key + value.substr(0, equals);
+        const std::string text = value.substr(std::min(equals + 1, value.size()));
+        if (name == "XYSCSS") {
+            require_common_siting(text);
+        } else if (name == "XCOLORRANGE" && text == "FULL") {
+            made.left_out.push_back("that its samples use the full range is left out");
+        } else if (name != "XCOLORRANGE" || text != "LIMITED") {
+            made.left_out.push_back("'" + (key + value).substr(0, 40) + "' of its first line is left out");
+        }
+    }
+
+    // Frames of 4:2:0 are written as C420jpeg. Older programs write the siting in capitals, as in XYSCSS=420MPEG2.
+    void require_common_siting(const std::string& sampling) {
+        for (const char* siting : {"mpeg2", "paldv"}) {
+            if (same_letters(sampling, std::string("420") + siting)) {
+                made.left_out.push_back(std::string("that its chroma is sited as C420") + siting + " says is left out");
+            }
         }
     }
 
@@ -156,6 +186,7 @@ class header_parser {
                                                            ? as_number(value.substr(deep.size()))
                                                            : std::nullopt;
             if (is_8_bit || (depth && *depth >= 8 && *depth <= 16)) {
+                require_common_siting(value);
                 made.layout.colorComponentOrder = kind.order;
                 set_depth(is_8_bit ? 8 : *depth);
                 return;
