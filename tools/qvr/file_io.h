@@ -58,6 +58,9 @@ void stop_waiting_for_input();
 // the next output_file of the same kind finds it.
 enum class incomplete { removed, kept };
 
+// Where a path leads to when symbolic links are followed, also to a file that is not there yet.
+std::string behind_links(const std::string& path);
+
 // Writes to a temporary file beside the target, which commit() renames. Without commit() nothing stays behind, neither
 // after an exception nor after an interrupt, unless it is to be kept. Devices and pipes, which cannot be replaced, are
 // written directly.
