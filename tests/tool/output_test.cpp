@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -64,7 +65,9 @@ TEST(output, nothing_has_the_name_before_it_is_complete) {
 }
 
 TEST(output, an_interrupt_leaves_nothing_behind) {
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+    const rlimit no_core = {0, 0};
+    ASSERT_EQ(setrlimit(RLIMIT_CORE, &no_core), 0);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXCPU, SIGXFSZ}) {
         const scratch_folder folder;
         int feed = -1;
         const int process = folder.start_qvr(encode("-", "a.qvr"), &feed);
@@ -95,6 +98,17 @@ TEST(output, a_link_is_followed_and_stays) {
     EXPECT_EQ(folder.read("real.qvr").size(), k_rgb_frame);
 }
 
+TEST(output, a_link_to_a_file_that_is_not_there_yet_is_followed_and_stays) {
+    const scratch_folder folder;
+    folder.write("clip.raw", noise(24));
+    std::filesystem::create_directory(folder.file("far"));
+    std::filesystem::create_symlink("far/middle", folder.file("link.qvr"));
+    std::filesystem::create_symlink("real.qvr", folder.file("far/middle"));
+    ASSERT_EQ(folder.qvr(encode("clip.raw", "link.qvr")).code, 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.file("link.qvr")));
+    EXPECT_EQ(folder.read("far/real.qvr").size(), k_rgb_frame);
+}
+
 TEST(output, devices_are_written_and_not_replaced) {
     const scratch_folder folder;
     folder.write("clip.raw", noise(24));
@@ -114,8 +128,12 @@ TEST(output, a_full_disk_is_an_output_failure) {
                   "qvr: /dev/full: cannot write it: No space left on device\n"
                   "hint: make room or write to another disk; nothing incomplete was left behind\n");
     }
-    for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"info", "clip.qvr"}, {"formats"}, {"decode", "clip.qvr", "-"}}) {
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"info", "clip.qvr"},
+                                                      {"formats"},
+                                                      {"decode", "clip.qvr", "-"},
+                                                      {"--help"},
+                                                      {"--version"},
+                                                      {"encode", "--help"}}) {
         const outcome result = folder.qvr_to("/dev/full", arguments);
         EXPECT_EQ(result.code, 3);
         EXPECT_TRUE(holds(result.err, "qvr: standard output: cannot write it: No space left on device")) << result.err;

@@ -74,9 +74,9 @@ TEST_F(wrap_usage, a_forgotten_output_never_costs_an_input) {
     expect_refused({"wrap", "--size", "8x4", "--tiles", "out.qvr"}, "OUT.qvr is missing", "behind");
     expect_refused({"wrap", "--qcx", "q.bin", "--alpha", "m.raw"}, "OUT.qvr is missing", "the last word");
     expect_refused({"wrap", "--tiles", "a.bin", "b.bin", "--size", "8x4", "./b.bin"},
-                   "OUT.qvr is one of the files to wrap: b.bin", "write to a file of another name");
+                   "a file to wrap and OUT.qvr are the same file: b.bin", "write to a file of another name");
     expect_refused({"wrap", "--qcx", "q.bin", "--alpha", "m.raw", "--size", "4x2", "--type", "U8", "q.bin"},
-                   "OUT.qvr is one of the files to wrap: q.bin", "write");
+                   "a file to wrap and OUT.qvr are the same file: q.bin", "write");
     EXPECT_EQ(folder_.read("b.bin"), noise(20, 2));
 }
 

@@ -5,6 +5,7 @@
 #include "command.h"
 #include "container_files.h"
 #include "containers.h"
+#include "distinct.h"
 #include "frame_work.h"
 #include "json_output.h"
 #include "sequence.h"
@@ -47,14 +48,6 @@ struct convert_options {
     bool json = false;
 };
 
-void require_distinct(const convert_options& options) {
-    std::error_code ignored;
-    if (std::filesystem::is_regular_file(options.input, ignored) &&
-        std::filesystem::equivalent(options.input, options.output, ignored)) {
-        fail_usage("IN and OUT are the same file: " + options.input, "write to a file of another name");
-    }
-}
-
 constexpr const char* k_raw_example = "--size 1920x1080 --format UYVY";
 
 bool is_qvr(const container& kind) {
@@ -64,7 +57,7 @@ bool is_qvr(const container& kind) {
 // One .qvr file, which several workers can decode. What standard input holds cannot be told without reading it.
 bool is_stream(const std::string& path, const layout_request& request) {
     std::error_code ignored;
-    if (sequence_pattern::parse(path) || !std::filesystem::is_regular_file(path, ignored)) {
+    if (sequence_pattern::of_input(path) || !std::filesystem::is_regular_file(path, ignored)) {
         return false;
     }
     input_file file(path);
@@ -112,7 +105,8 @@ void run_convert(convert_options& options) {
     if (options.json) {
         require_free_output(options.output);
     }
-    require_distinct(options);
+    require_distinct({{"IN", options.input}},
+                     {{"OUT", options.output}, {"--manifest", options.manifest}, {"--json", options.json ? "-" : ""}});
     options.in.strict = options.out.strict;
     layout_request from = options.in.resolve();
     from.threads = options.run.threads;

@@ -5,6 +5,7 @@
 
 #include "command.h"
 #include "containers.h"
+#include "distinct.h"
 #include "frame_work.h"
 #include "json_output.h"
 
@@ -17,9 +18,10 @@ constexpr const char* k_about = "Decode a .qvr file to pictures, a Y4M file or r
 constexpr const char* k_more = R"(
 The name of OUT says what it becomes: .png, .pam, .ppm, .pgm or .exr a picture (RGBA when the frame has alpha, RGB
 when it has none, grey for a lone alpha plane), .y4m a Y4M file. A name with a number in it, as in frame.%04d.png,
-stands for a file for each frame; each appears as soon as it is complete. Any other OUT gets the raw samples of all
-frames one after the other, in the layout that 'qvr info' shows, in the one that its name says (clip.yuy2), or in the
-one asked for; any order that holds the same kind of samples will do (for example BGRA for a frame made from RGBA).
+stands for a file for each frame; each appears as soon as it is complete. Any other OUT, but none named like a picture
+or clip that is not written (.tiff, .mov), gets the raw samples of all frames one after the other, in the layout that
+'qvr info' shows, in the one that its name says (clip.yuy2), or in the one asked for; any order that holds the same
+kind of samples will do (for example BGRA for a frame made from RGBA).
 No colour is ever converted and no sample changed: what OUT cannot hold is refused. 'qvr formats' lists what each kind
 of file keeps. What is lost besides is said in a warning; --strict refuses instead.
 OUT appears only when it is complete. '-' is standard input or output.
@@ -56,6 +58,7 @@ void run_decode(const decode_options& options) {
     if (options.json) {
         require_free_output(options.output);
     }
+    require_distinct({{"IN", options.input}}, {{"OUT", options.output}});
     layout_request request = options.layout.resolve();
     if (container_of_output(options.output, request).name == std::string("qvr")) {
         fail_usage(options.output + ": decoding does not make a .qvr file",

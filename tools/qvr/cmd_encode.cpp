@@ -3,8 +3,11 @@
 #include <memory>
 
 #include "command.h"
+#include "containers.h"
+#include "distinct.h"
 #include "frame_work.h"
 #include "json_output.h"
+#include "sequence.h"
 
 namespace qvr {
 
@@ -69,6 +72,14 @@ std::string sizes_text(std::uint64_t raw_bytes, std::uint64_t bytes) {
 void run_encode(const encode_options& options) {
     if (options.json) {
         require_free_output(options.output);
+    }
+    require_distinct({{"IN", options.input}},
+                     {{"OUT", options.output}, {"--manifest", options.manifest}, {"--json", options.json ? "-" : ""}});
+    require_name_of("qvr", options.output);
+    if (sequence_pattern::parse(options.output)) {
+        fail_usage(options.output + ": 'encode' writes one file, not a numbered sequence",
+                   "'qvr convert' writes one: give it the same IN and OUT; a percent sign that is no number is written "
+                   "%%");
     }
     const layout_request request = options.layout.resolve();
     const compression how = make_compression(options.alpha_rle, options.slices);

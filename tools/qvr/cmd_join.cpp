@@ -3,6 +3,8 @@
 #include <memory>
 
 #include "command.h"
+#include "containers.h"
+#include "distinct.h"
 #include "json_output.h"
 #include "manifest_check.h"
 
@@ -136,13 +138,15 @@ class joining {
     std::optional<unsigned long long> total;
 };
 
-void require_other_file(const join_options& options) {
+// The manifests of the parts are read as well.
+void require_other_files(const join_options& options) {
+    std::vector<named_file> read;
     for (const std::string& part : options.parts) {
-        std::error_code ignored;
-        if (std::filesystem::equivalent(part, options.output, ignored)) {
-            fail_usage(options.output + " is one of the parts", "write to a file of another name");
-        }
+        read.push_back({"PART", part});
+        read.push_back({"the manifest of a part", manifest_beside(part).value_or("")});
     }
+    require_distinct(read,
+                     {{"OUT", options.output}, {"--manifest", options.manifest}, {"--json", options.json ? "-" : ""}});
 }
 
 }  // namespace
@@ -150,10 +154,11 @@ void require_other_file(const join_options& options) {
 void add_join(command_line& to) {
     const auto options = std::make_shared<join_options>();
     argument_list list = to.add_command("join", k_about, [options] {
-        require_other_file(*options);
         if (options->json) {
             require_free_output(options->output);
         }
+        require_name_of("qvr", options->output);
+        require_other_files(*options);
         joining(*options).run();
     });
     list.explain(k_more);

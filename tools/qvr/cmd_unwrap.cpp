@@ -5,6 +5,7 @@
 
 #include "codec.h"
 #include "command.h"
+#include "distinct.h"
 #include "json_output.h"
 #include "png_file.h"
 #include "qvr_file.h"
@@ -93,7 +94,7 @@ class unwrapping {
         std::size_t number = 0;
         for (const wrapped_payload& payload : codec.unwrap(reader.bytes(), found, current, reader.place())) {
             const std::string name = stem() + std::to_string(number++) + extension(payload.type);
-            output_file file(folder.place(name), folder.shown(name));
+            output_file file(place(name), folder.shown(name));
             file.write(payload.data.data, payload.data.size);
             file.commit();
             payload_bytes += payload.data.size;
@@ -112,10 +113,15 @@ class unwrapping {
             throw failure(exit_code::data, reader.place(), "the alpha plane has no pixels, which no PNG can show",
                           "'qvr info' shows its size");
         }
-        output_file file(folder.place(name), folder.shown(name));
+        output_file file(place(name), folder.shown(name));
         write_png(file, shape, current.samples.data());
         file.commit();
         ++planes;
+    }
+
+    std::string place(const std::string& name) {
+        require_distinct({{"IN.qvr", options.input}}, {{"a file to unwrap", folder.shown(name)}});
+        return folder.place(name);
     }
 
     std::string stem() const {

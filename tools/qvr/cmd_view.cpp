@@ -4,6 +4,8 @@
 
 #include "codec.h"
 #include "command.h"
+#include "containers.h"
+#include "distinct.h"
 #include "qvr_file.h"
 #include "sheet_facts.h"
 
@@ -197,7 +199,11 @@ void add_meaning(argument_list& list, view_options& options) {
 
 void add_view(command_line& to) {
     const auto options = std::make_shared<view_options>();
-    argument_list list = to.add_command("view", k_about, [options] { viewing(*options).run(); });
+    argument_list list = to.add_command("view", k_about, [options] {
+        require_distinct({{"IN", options->input}}, {{"OUT", options->output}});
+        require_name_of("png", options->output);
+        viewing(*options).run();
+    });
     list.explain(k_more);
     list.positional("IN.qvr", options->input, "File to look at; '-' is standard input");
     list.text("-o,--output", options->output, "FILE.png", "Picture to write; '-' is standard output");

@@ -6,6 +6,7 @@
 #include "codec.h"
 #include "command.h"
 #include "containers.h"
+#include "distinct.h"
 #include "json_output.h"
 
 namespace qvr {
@@ -81,18 +82,16 @@ void check_and_settle_output(wrap_options& options) {
 }
 
 // A word too few on the command line must not cost an input.
-void require_distinct(const wrap_options& options) {
+void require_other_files(const wrap_options& options) {
     const std::vector<std::string> inputs = options.inputs();
     if (std::count(inputs.begin(), inputs.end(), "-") > 1) {
         fail_usage("standard input can be only one of the files to wrap");
     }
-    std::error_code ignored;
+    std::vector<named_file> read;
     for (const std::string& input : inputs) {
-        if (std::filesystem::is_regular_file(input, ignored) &&
-            std::filesystem::equivalent(input, options.output, ignored)) {
-            fail_usage("OUT.qvr is one of the files to wrap: " + input, "write to a file of another name");
-        }
+        read.push_back({"a file to wrap", input});
     }
+    require_distinct(read, {{"OUT.qvr", options.output}});
 }
 
 // Files one behind the other in one buffer.
@@ -174,7 +173,8 @@ void run_wrap(wrap_options& options) {
     if (options.json) {
         require_free_output(options.output);
     }
-    require_distinct(options);
+    require_name_of("qvr", options.output);
+    require_other_files(options);
     payload_buffer inputs;
     frame beside;
     if (options.qcx.empty()) {

@@ -8,6 +8,7 @@
 #include "command.h"
 #include "container_files.h"
 #include "exr_file.h"
+#include "foreign_kinds.h"
 #include "png_file.h"
 #include "pnm_file.h"
 #include "sequence.h"
@@ -52,6 +53,16 @@ const container* container_by_content(input_file& file) {
     return nullptr;
 }
 
+// Such a file with --size would become frames of what is not its samples.
+void refuse_known_content(input_file& file) {
+    if (const container* by_content = container_by_content(file)) {
+        throw failure(
+            exit_code::usage, {file.name(), {}},
+            std::string("--size is for raw frames, but this is ") + by_content->called + " by its first bytes",
+            "leave --size out, or give --from raw if it does hold raw frames");
+    }
+}
+
 }  // namespace
 
 const container& container_of_input(const std::string& path, input_file& file, const layout_request& request,
@@ -65,6 +76,9 @@ const container& container_of_input(const std::string& path, input_file& file, c
                               (request.container.empty() ? " by its name" : " by --from"),
                           "leave --size out, or rename the file if it does hold raw frames");
         }
+        if (request.container.empty()) {
+            refuse_known_content(file);
+        }
         return raw_container();
     }
     if (!request.container.empty()) {
@@ -72,6 +86,12 @@ const container& container_of_input(const std::string& path, input_file& file, c
     }
     if (const container* by_content = container_by_content(file)) {
         return *by_content;
+    }
+    if (const char* foreign = foreign_by_content(file)) {
+        throw failure(by_name && by_name->begins ? exit_code::data : exit_code::usage, {file.name(), {}},
+                      std::string("this is ") + foreign + ", which is not read",
+                      "have another program make a PNG, PPM, OpenEXR picture or Y4M file of it; 'qvr formats' lists "
+                      "what is read");
     }
     if (by_name && by_name->begins) {
         throw failure(exit_code::data, {file.name(), {}},
@@ -128,10 +148,27 @@ const std::vector<container>& all_containers() {
 }
 
 const container& container_of_output(const std::string& path, const layout_request& request) {
+    if (!request.container.empty()) {
+        return named_container(request.container, "--to");
+    }
+    if (const char* foreign = foreign_by_ending(path)) {
+        fail_usage(path + ": its name says " + foreign + ", which is not written",
+                   "name it like out.png or out.y4m, or give --to raw for raw frames under this name; 'qvr formats' "
+                   "lists what is written");
+    }
     const container* by_name = container_by_extension(path);
-    return !request.container.empty() ? named_container(request.container, "--to")
-           : by_name                  ? *by_name
-                                      : raw_container();
+    return by_name ? *by_name : raw_container();
+}
+
+void require_name_of(const char* kind, const std::string& path) {
+    const container* by_name = container_by_extension(path);
+    const char* said = by_name ? by_name->called : foreign_by_ending(path);
+    const container& written = named_container(kind, "");
+    if (said && by_name != &written) {
+        fail_usage(path + ": its name says " + said + ", but what is written is " + written.called,
+                   std::string("give it a name that ends in ") + written.extension +
+                       "; 'qvr convert' and 'qvr decode' write other kinds of files");
+    }
 }
 
 const container* container_by_extension(const std::string& path) {
@@ -145,7 +182,7 @@ const container* container_by_extension(const std::string& path) {
 
 std::unique_ptr<frame_source> open_source(const std::string& path, const layout_request& request,
                                           const char* raw_example) {
-    const std::optional<sequence_pattern> files = sequence_pattern::parse(path);
+    const std::optional<sequence_pattern> files = sequence_pattern::of_input(path);
     if (!files) {
         return open_one_source(path, request, raw_example);
     }

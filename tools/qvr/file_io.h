@@ -59,6 +59,9 @@ void stop_waiting_for_input();
 // that a process that was killed leaves no more than one; only one process at a time may write it.
 enum class incomplete { removed, kept, begun_again };
 
+// Where a path leads to when symbolic links are followed, also to a file that is not there yet.
+std::string behind_links(const std::string& path);
+
 // Writes to a temporary file beside the target, which commit() renames. Without commit() nothing stays behind, neither
 // after an exception nor after an interrupt, unless it is to be kept. Devices and pipes, which cannot be replaced, are
 // written directly.

@@ -65,6 +65,7 @@ void run(int argc, char** argv) {
     qvr::add_bench(line);
     qvr::add_generate(line);
     line.run(argc, argv);
+    qvr::finish_standard_output();
 }
 
 }  // namespace

@@ -112,6 +112,9 @@ std::optional<std::string> manifest_reader::read_line() {
 }
 
 std::optional<manifest_frame> manifest_reader::next() {
+    if (ended) {
+        return std::nullopt;
+    }
     const std::optional<std::string> line = read_line();
     if (!line) {
         fail("the manifest is not complete: the line with the number of all frames is missing");
@@ -128,6 +131,7 @@ std::optional<manifest_frame> manifest_reader::next() {
             fail("the numbers of frames and bytes are not those of the lines before");
         }
         end_frame = number("end");
+        ended = true;
         if (read.contains("total")) {
             total_frames = number("total");
         }

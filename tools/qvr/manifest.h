@@ -70,6 +70,7 @@ class manifest_reader {
     unsigned long long line_number = 0;
     unsigned long long first_frame = 0;
     unsigned long long end_frame = 0;
+    bool ended = false;
     std::optional<unsigned long long> total_frames;
     unsigned long long frames = 0;
     std::uint64_t offset = 0;

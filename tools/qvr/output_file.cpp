@@ -7,9 +7,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <filesystem>
 #include <vector>
 
 #include "failure.h"
@@ -17,19 +16,15 @@
 
 namespace qvr {
 
-namespace {
-
-// A link is followed, so that the file it points to is replaced and not the link.
-std::string resolved(const std::string& path) {
-    struct stat status = {};
-    if (lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
-        return path;
+std::string behind_links(const std::string& path) {
+    constexpr int k_most_links = 40;
+    std::error_code ignored;
+    std::filesystem::path at = path;
+    for (int i = 0; i < k_most_links && std::filesystem::is_symlink(at, ignored); ++i) {
+        at = at.parent_path() / std::filesystem::read_symlink(at, ignored);
     }
-    const std::unique_ptr<char, void (*)(void*)> real(realpath(path.c_str(), nullptr), std::free);
-    return real ? std::string(real.get()) : path;
+    return at.string();
 }
-
-}  // namespace
 
 output_file::output_file(const std::string& path, incomplete becomes)
     : output_file(path, path == "-" ? "standard output" : path, becomes) {}
@@ -57,7 +52,8 @@ output_file::output_file(const std::string& path, const std::string& called, inc
         owned = true;
         return;
     }
-    target = resolved(path);
+    // The file that a link points to is replaced, and not the link.
+    target = behind_links(path);
     if (becomes_kept) {
         open_kept();
     } else if (becomes == incomplete::begun_again) {

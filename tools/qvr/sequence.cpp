@@ -175,6 +175,11 @@ std::optional<sequence_pattern> sequence_pattern::parse(const std::string& path)
     return found ? std::optional<sequence_pattern>(made) : std::nullopt;
 }
 
+std::optional<sequence_pattern> sequence_pattern::of_input(const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::exists(path, ignored) ? std::nullopt : parse(path);
+}
+
 std::string sequence_pattern::path(std::uint64_t number) const {
     const std::string plain = std::to_string(number);
     const std::string padded = std::string(digits - std::min(digits, plain.size()), '0') + plain;
@@ -205,9 +210,11 @@ std::unique_ptr<frame_source> open_sequence_source(const sequence_pattern& files
         numbers.erase(numbers.begin(), std::lower_bound(numbers.begin(), numbers.end(), *start));
     }
     if (numbers.empty() || (start && numbers.front() != *start)) {
-        throw failure(exit_code::io, {files.text(), {}},
-                      "there is no file " + (start ? files.path(*start) : "of this sequence, such as " + files.path(0)),
-                      "the number of digits must be that of the names: %04d stands for 0000, %d for 0");
+        throw failure(
+            exit_code::io, {files.text(), {}},
+            "there is no file " + (start ? files.path(*start) : "of this sequence, such as " + files.path(0)),
+            "the number of digits must be that of the names: %04d stands for 0000, %d for 0; a percent sign that "
+            "is no number is written %%");
     }
     for (std::size_t i = 1; i < numbers.size(); ++i) {
         if (numbers[i] != numbers[i - 1] + 1) {

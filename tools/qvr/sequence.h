@@ -20,6 +20,9 @@ class sequence_pattern {
     // None when the path has no number in it. A usage failure for more than one, or one in the name of a folder.
     static std::optional<sequence_pattern> parse(const std::string& path);
 
+    // Of a path to read: none when there is a file of this very name.
+    static std::optional<sequence_pattern> of_input(const std::string& path);
+
     const std::string& text() const { return given; }
     std::string path(std::uint64_t number) const;
     // The numbers of the files that there are, in order.

@@ -68,7 +68,7 @@ struct unfinished::list {
 void unfinished::watch(const std::string& path) {
     forget();
     watched = list::add(path);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXCPU, SIGXFSZ}) {
         struct sigaction old = {};
         // What the caller of the tool has had ignored, as nohup does, stays ignored.
         if (sigaction(number, nullptr, &old) == 0 && old.sa_handler == SIG_DFL) {
