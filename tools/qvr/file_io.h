@@ -55,8 +55,8 @@ class input_file {
 void stop_waiting_for_input();
 
 // What becomes of an output that is not committed: it is removed, or it stays beside the target as TARGET.part, where
-// the next output_file of the same kind finds it.
-enum class incomplete { removed, kept };
+// the next output_file of the same kind finds it. compared: the target is there and is not to change.
+enum class incomplete { removed, kept, compared };
 
 // Writes to a temporary file beside the target, which commit() renames. Without commit() nothing stays behind, neither
 // after an exception nor after an interrupt, unless it is to be kept. Devices and pipes, which cannot be replaced, are
@@ -80,14 +80,16 @@ class output_file {
     const std::string& kept_path() const { return temporary.empty() ? target : temporary; }
     bool kept_is_complete() const { return becomes_kept && temporary.empty(); }
     std::uint64_t kept_bytes() const { return kept; }
-    // Keeps the first `whole` bytes of it. Writing starts at `from`; what is there already is compared and a usage
-    // failure when it differs.
+    // Keeps the first `whole` bytes of it; a complete file must have no others. Writing starts at `from`; what is there
+    // already is compared, and a usage failure when it differs or when commit() comes before its end. What lies behind
+    // is cut off only when all of it was found equal.
     void go_on(std::uint64_t from, std::uint64_t whole);
 
   private:
     void open_beside_target();
-    void open_kept();
+    void open_kept(const std::string& part);
     void lock();
+    void cut_off_rest();
     std::size_t compare_kept(const std::uint8_t* with, std::size_t count);
     [[noreturn]] void fail(const std::string& what) const;
 
@@ -100,6 +102,7 @@ class output_file {
     bool owned = false;
     bool becomes_kept = false;
     std::uint64_t kept = 0;
+    std::uint64_t found = 0;  // bytes that an earlier run has left, kept or not
     std::uint64_t written = 0;
 };
 
