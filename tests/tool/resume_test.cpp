@@ -177,11 +177,10 @@ TEST_F(resume, another_input_or_other_options_are_found_out) {
 TEST_F(resume, what_is_kept_is_never_more_than_the_input_gives) {
     const bytes whole = folder_.read("long.qvr");
     const bytes ten(whole.begin(), whole.begin() + 10 * k_small_frame);
-    const bytes samples = long_samples();
     for (const char* name : {"a.qvr.part", "a.qvr"}) {
         folder_.write(name, ten);
-        const outcome result = folder_.qvr(encode_small("-", "a.qvr", k_resume),
-                                           bytes(samples.begin(), samples.begin() + 9 * k_small_samples));
+        const outcome result = folder_.command(
+            {"sh", "-c", "head -c 216 long.raw | qvr encode - a.qvr --size 4x2 --order RGB24 -q --resume"});
         EXPECT_EQ(result.code, 2);
         EXPECT_TRUE(holds(result.err, "qvr: a.qvr: cannot go on: there is more in ")) << result.err;
         EXPECT_EQ(folder_.names(), (words{name, "long.qvr", "long.raw"}));
