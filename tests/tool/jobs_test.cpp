@@ -119,6 +119,16 @@ TEST_F(jobs, keep_going_keeps_the_numbers_of_pictures) {
     EXPECT_EQ(folder_.read("a.qvr").size(), 58 * k_small_frame);
 }
 
+TEST_F(jobs, a_frame_that_is_lost_while_it_is_passed_over_is_told_by_its_own_number) {
+    bytes cut = folder_.read("long.qvr");
+    cut.resize(20 * k_small_frame + 5);
+    folder_.write("cut.qvr", cut);
+    good({"decode", "long.qvr", "f.%02d.png", "--range", "0-20", "-q"});
+    const outcome result = folder_.qvr({"decode", "cut.qvr", "f.%02d.png", "--resume", "--keep-going", "-j", "1"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_TRUE(holds(result.err, " left out, because the data are bad: 20\n")) << result.err;
+}
+
 TEST_F(jobs, nothing_is_written_when_every_frame_is_bad) {
     bytes content = folder_.read("long.qvr");
     content.resize(2 * k_small_frame);

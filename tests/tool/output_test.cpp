@@ -74,13 +74,13 @@ TEST(output, an_interrupt_leaves_nothing_behind) {
         // The temporary file is watched over as soon as it is there; the first frame shows that it is.
         const bytes frame = noise(24);
         ASSERT_EQ(write(feed, frame.data(), frame.size()), 24);
-        for (int i = 0; i < 500; ++i) {
+        bool written = false;
+        for (int i = 0; i < 500 && !written; ++i) {
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
             const std::vector<std::string> names = folder.names();
-            if (names.size() == 1 && folder.read(names[0]).size() == k_rgb_frame) {
-                break;
-            }
+            written = names.size() == 1 && folder.read(names[0]).size() == k_rgb_frame;
         }
+        ASSERT_TRUE(written);
         ASSERT_EQ(kill(process, number), 0);
         EXPECT_EQ(wait_for(process).signal_number, number);
         close(feed);

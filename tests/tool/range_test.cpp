@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <filesystem>
 #include <map>
 
 #include "clips.h"
@@ -86,8 +87,32 @@ TEST_F(ranges, a_chunk_may_be_of_a_range_and_may_be_empty) {
     EXPECT_EQ(encoded({"--range", "10-11", "--chunk", "5/5"}), frames(11, 12));
 }
 
+TEST_F(ranges, a_picture_of_an_empty_chunk_is_not_made) {
+    const outcome result = folder_.qvr({"decode", "long.qvr", "e.png", "--range", "3", "--chunk", "3/8"});
+    EXPECT_TRUE(holds(result.err, "qvr: e.png: there is no frame to write, but a PNG holds one\nhint: ")) << result.err;
+    EXPECT_EQ(result.code, 2);
+    EXPECT_FALSE(folder_.has("e.png"));
+}
+
+TEST_F(ranges, a_range_of_a_cut_file_gives_what_is_there_when_it_may_go_on) {
+    bytes cut = folder_.read("long.qvr");
+    cut.resize(20 * k_small_frame + 5);
+    folder_.write("cut.qvr", cut);
+    const bytes samples = long_samples();
+    for (const words& part : {words{"--range", "10-29"}, {"--range", "0-59", "--chunk", "2/4"}}) {
+        const std::ptrdiff_t first = part.size() == 2 ? 10 : 15;
+        const outcome result = folder_.qvr(words{"decode", "cut.qvr", "a.raw", "--keep-going", "-q"} + part);
+        EXPECT_EQ(result.code, 1);
+        EXPECT_TRUE(holds(result.err, "1 frame of ")) << result.err;
+        EXPECT_TRUE(holds(result.err, " left out, because the data are bad: 20\n")) << result.err;
+        EXPECT_EQ(folder_.read("a.raw"), bytes(samples.begin() + first * 24, samples.begin() + 20 * 24));
+        std::filesystem::remove(folder_.file("a.raw"));
+    }
+}
+
 TEST_F(ranges, what_is_no_range_is_wrong_usage) {
-    for (const char* text : {"", "-", "a", "1-a", "5-4", "-3", "1-2-3", "99999999999999999999"}) {
+    for (const char* text : {"", "-", "a", "1-a", "5-4", "-3", "1-2-3", "99999999999999999999", "18446744073709551615",
+                             "0-18446744073709551615"}) {
         if (*text != '\0') {
             expect_refused({std::string("--range=") + text}, ": these are no frames");
         }

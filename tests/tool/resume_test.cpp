@@ -106,19 +106,40 @@ TEST_F(resume, pictures_that_are_there_are_not_made_again) {
     ASSERT_EQ(folder_.qvr({"decode", "long.qvr", "f.%02d.png", "-q"}).code, 0);
     const bytes second = folder_.read("f.02.png");
     const bytes mark(10, 'x');
-    folder_.write("f.01.png", mark);
+    folder_.write("f.01.png", mark);  // only the first one that is there is looked at
     std::filesystem::remove(folder_.file("f.02.png"));
     std::filesystem::remove(folder_.file("f.59.png"));
     const outcome result = folder_.qvr({"decode", "long.qvr", "f.%02d.png", "--resume"});
     EXPECT_EQ(result.code, 0);
-    EXPECT_TRUE(holds(result.err, "f.%02d.png: 60 frames, 58 of them made before, ")) << result.err;
+    EXPECT_TRUE(holds(result.err, "f.%02d.png: 60 frames, 57 of them made before, ")) << result.err;
     EXPECT_EQ(folder_.read("f.01.png"), mark);
     EXPECT_EQ(folder_.read("f.02.png"), second);
     EXPECT_TRUE(folder_.has("f.59.png"));
     const outcome again = folder_.qvr({"decode", "long.qvr", "f.%02d.png", "--resume"});
-    EXPECT_EQ(again.err, "f.%02d.png: 60 frames, 60 of them made before\n");
+    EXPECT_TRUE(holds(again.err, "f.%02d.png: 60 frames, 59 of them made before, ")) << again.err;
     ASSERT_EQ(folder_.qvr({"decode", "long.qvr", "f.%02d.png", "-q"}).code, 0);
     EXPECT_NE(folder_.read("f.01.png"), mark);
+}
+
+TEST_F(resume, pictures_that_are_empty_are_made_and_the_first_that_is_not_is_compared) {
+    const words decode = {"decode", "long.qvr", "f.%02d.png", "--resume", "-q"};
+    ASSERT_EQ(folder_.qvr({"decode", "long.qvr", "f.%02d.png", "-q"}).code, 0);
+    const bytes first = folder_.read("f.00.png");
+    const bytes second = folder_.read("f.01.png");
+    folder_.write("f.00.png", {});
+    folder_.write("f.01.png", {});
+    ASSERT_EQ(folder_.qvr(decode).code, 0);
+    EXPECT_EQ(folder_.read("f.00.png"), first);
+    EXPECT_EQ(folder_.read("f.01.png"), second);
+    bytes longer = first;
+    longer.push_back(0);
+    for (const bytes& other : {second, bytes(10, 'x'), longer, bytes(first.begin(), first.end() - 1)}) {
+        folder_.write("f.00.png", other);
+        const outcome result = folder_.qvr(decode);
+        EXPECT_EQ(result.code, 2) << other.size();
+        EXPECT_TRUE(holds(result.err, "f.00.png")) << result.err;
+        EXPECT_EQ(folder_.read("f.00.png"), other);
+    }
 }
 
 TEST_F(resume, what_is_complete_is_left_as_it_is) {
@@ -156,8 +177,108 @@ TEST_F(resume, another_input_or_other_options_are_found_out) {
     }
 }
 
+TEST_F(resume, what_is_kept_is_never_more_than_the_input_gives) {
+    const bytes whole = folder_.read("long.qvr");
+    const bytes ten(whole.begin(), whole.begin() + 10 * k_small_frame);
+    for (const char* name : {"a.qvr.part", "a.qvr"}) {
+        folder_.write(name, ten);
+        const outcome result = folder_.command(
+            {"sh", "-c", "head -c 216 long.raw | qvr encode - a.qvr --size 4x2 --order RGB24 -q --resume"});
+        EXPECT_EQ(result.code, 2);
+        EXPECT_TRUE(holds(result.err, "qvr: a.qvr: cannot go on: there is more in ")) << result.err;
+        EXPECT_EQ(folder_.names(), (words{name, "long.qvr", "long.raw"}));
+        EXPECT_EQ(folder_.read(name), ten);
+        std::filesystem::remove(folder_.file(name));
+    }
+}
+
+TEST_F(resume, bytes_behind_the_last_frame_of_a_complete_file_are_refused) {
+    const struct {
+        const char* name;
+        bytes content;
+        words command;
+    } cases[] = {
+        {"a.qvr", folder_.read("long.qvr"), encode_small("long.raw", "a.qvr", k_resume)},
+        {"a.raw", long_samples(), {"decode", "long.qvr", "a.raw", "--resume", "-q"}},
+    };
+    for (const auto& each : cases) {
+        bytes more = each.content;
+        more.insert(more.end(), {'j', 'u', 'n', 'k', '!'});
+        folder_.write(each.name, more);
+        const outcome result = folder_.qvr(each.command);
+        EXPECT_EQ(result.code, 2);
+        EXPECT_TRUE(holds(result.err, ": cannot go on: 5 bytes follow its last whole frame\nhint: ")) << result.err;
+        EXPECT_EQ(folder_.read(each.name), more);
+    }
+}
+
+TEST_F(resume, what_is_kept_is_compared_before_anything_is_cut_off) {
+    const bytes whole = folder_.read("long.qvr");
+    const bytes text(50, 'x');
+    bytes other(whole.begin(), whole.begin() + 10 * k_small_frame + 7);
+    other[9 * k_small_frame + 50] ^= 1;
+    for (const bytes& kept : {text, other}) {
+        folder_.write("a.qvr.part", kept);
+        const outcome result = folder_.qvr(encode_small("long.raw", "a.qvr", k_resume));
+        EXPECT_EQ(result.code, 2);
+        EXPECT_TRUE(holds(result.err, "a.qvr.part was made of another input or with other options\n")) << result.err;
+        EXPECT_EQ(folder_.read("a.qvr.part"), kept);
+    }
+    folder_.write("a.qvr.part", bytes(whole.begin(), whole.begin() + 50));  // a part of the first frame
+    EXPECT_EQ(folder_.qvr(encode_small("long.raw", "a.qvr", k_resume)).code, 0);
+    EXPECT_EQ(folder_.read("a.qvr"), whole);
+}
+
+TEST_F(resume, the_first_frame_is_compared_as_well) {
+    const bytes whole = folder_.read("long.qvr");
+    const bytes samples = long_samples();
+    const struct {
+        const char* name;
+        bytes content;
+        words command;
+    } cases[] = {
+        {"a.qvr.part", bytes(whole.begin(), whole.begin() + 10 * k_small_frame),
+         encode_small("long.raw", "a.qvr", k_resume)},
+        {"a.raw.part",
+         bytes(samples.begin(), samples.begin() + 10 * k_small_samples),
+         {"decode", "long.qvr", "a.raw", "--resume", "-q"}},
+    };
+    for (const auto& each : cases) {
+        bytes other = each.content;
+        other[each.name == std::string("a.raw.part") ? 5 : k_small_frame - 5] ^= 1;
+        folder_.write(each.name, other);
+        const outcome result = folder_.qvr(each.command);
+        EXPECT_EQ(result.code, 2);
+        EXPECT_TRUE(holds(result.err, " was made of another input or with other options\n")) << result.err;
+        EXPECT_EQ(folder_.read(each.name), other);
+    }
+}
+
+TEST_F(resume, an_input_that_cannot_be_read_twice_is_refused) {
+    int feed = -1;
+    const int process = folder_.start_qvr(encode_small("/dev/stdin", "a.qvr", k_resume), &feed);
+    close(feed);
+    EXPECT_EQ(wait_for(process).code, 2);
+    const outcome device = folder_.qvr(encode_small("/dev/zero", "a.qvr", {"--resume", "--range", "0-1"}));
+    EXPECT_EQ(device.code, 2);
+    EXPECT_TRUE(holds(device.err, "qvr: /dev/zero: --resume needs an input that can be read again")) << device.err;
+    EXPECT_EQ(folder_.names(), (words{"long.qvr", "long.raw"}));
+}
+
+TEST_F(resume, a_range_without_an_end_in_sight_does_not_look_for_each_of_its_files) {
+    const words command = {"decode", "-", "f.%02d.png", "--resume", "--range", "0-9999999999", "-q"};
+    const outcome result = folder_.qvr(command, bytes(3, 'x'));
+    EXPECT_EQ(result.code, 1) << result.err;
+}
+
 TEST_F(resume, nothing_is_kept_without_it_and_nothing_of_nothing_with_it) {
-    interrupt(encode_small("-", "a.qvr"), SIGINT, long_samples(), 0, "long.raw", 1);
+    int feed = -1;
+    const int process = folder_.start_qvr(encode_small("-", "a.qvr"), &feed);
+    feed_bytes(feed, long_samples(), k_small_samples);
+    ASSERT_TRUE(comes_to(folder_, "a.qvr.part-" + std::to_string(process) + "-0", k_small_frame));
+    ASSERT_EQ(kill(process, SIGINT), 0);
+    EXPECT_EQ(wait_for(process).signal_number, SIGINT);
+    close(feed);
     EXPECT_EQ(folder_.names(), (words{"long.qvr", "long.raw"}));
     EXPECT_EQ(folder_.qvr(encode_small("none.raw", "a.qvr", k_resume)).code, 3);
     EXPECT_EQ(folder_.names(), (words{"long.qvr", "long.raw"}));

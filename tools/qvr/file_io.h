@@ -56,8 +56,9 @@ void stop_waiting_for_input();
 
 // What becomes of an output that is not committed: it is removed, or it stays beside the target as TARGET.part, where
 // the next output_file of the same kind finds it. One that is begun again is removed too, but always has that name, so
-// that a process that was killed leaves no more than one; only one process at a time may write it.
-enum class incomplete { removed, kept, begun_again };
+// that a process that was killed leaves no more than one; only one process at a time may write it. compared: the target
+// is there and is not to change.
+enum class incomplete { removed, kept, begun_again, compared };
 
 // Where a path leads to when symbolic links are followed, also to a file that is not there yet.
 std::string behind_links(const std::string& path);
@@ -84,15 +85,17 @@ class output_file {
     const std::string& kept_path() const { return temporary.empty() ? target : temporary; }
     bool kept_is_complete() const { return becomes_kept && temporary.empty(); }
     std::uint64_t kept_bytes() const { return kept; }
-    // Keeps the first `whole` bytes of it. Writing starts at `from`; what is there already is compared and a usage
-    // failure when it differs.
+    // Keeps the first `whole` bytes of it; a complete file must have no others. Writing starts at `from`; what is there
+    // already is compared, and a usage failure when it differs or when commit() comes before its end. What lies behind
+    // is cut off only when all of it was found equal.
     void go_on(std::uint64_t from, std::uint64_t whole);
 
   private:
     void open_beside_target();
     void open_again();
-    void open_kept();
+    void open_kept(const std::string& part);
     void lock();
+    void cut_off_rest();
     std::size_t compare_kept(const std::uint8_t* with, std::size_t count);
     [[noreturn]] void fail(const std::string& what) const;
 
@@ -105,6 +108,7 @@ class output_file {
     bool owned = false;
     bool becomes_kept = false;
     std::uint64_t kept = 0;
+    std::uint64_t found = 0;  // bytes that an earlier run has left, kept or not
     std::uint64_t written = 0;
 };
 

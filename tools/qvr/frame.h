@@ -90,10 +90,11 @@ class frame_sink {
     // Takes a frame in the layout that it wanted.
     virtual void put(const frame& from) = 0;
     virtual void commit() = 0;
-    // For sinks that were opened to keep what is incomplete: finds the whole frames that are there, all of the layout
-    // that the function gives, which is called when there is something. The last of them must be put again, and is
-    // compared. Sinks that keep nothing start anew.
-    virtual kept_frames go_on(const std::function<frame_layout()>&) { return {}; }
+    // For sinks that were opened to keep what is incomplete: finds the whole frames that are there, all of the layout of
+    // the first frame, which the function gives in the layout that the sink wants; it is called when there is something,
+    // and compared. The last frame that is there must be put again, and is compared as well. Sinks that keep nothing
+    // start anew.
+    virtual kept_frames go_on(const std::function<frame()>&) { return {}; }
 };
 
 // Each says what is lost of a frame:

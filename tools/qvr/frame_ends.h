@@ -53,9 +53,10 @@ class frame_output {
     // Makes what wanted() and pack() need for each of the workers. first: the number of the first frame.
     virtual void prepare(const work_plan& plan, unsigned long long first) = 0;
 
-    // Finds what is kept and makes ready to go on: the next frame to be written is then the last one that is kept, to be
-    // compared with it. first_layout: in which layout the first frame will be written, for outputs that need to know.
-    virtual kept_frames go_on(const std::function<frame_layout()>& first_layout) = 0;
+    // Finds what is kept, compares its first frame, and makes ready to go on: the next frame to be written is then the
+    // last one that is kept, to be compared as well. first: gives the first frame in the layout that is wanted, not
+    // packed; null when the input cannot be read twice.
+    virtual kept_frames go_on(const std::function<frame_job()>& first) = 0;
     // Whether go_on() knows by the number of frames where to go on.
     virtual bool counts_what_is_kept() const { return true; }
     // Whether frame `number` is there already and need not be made.

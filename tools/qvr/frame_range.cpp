@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
+#include <limits>
 #include <string_view>
 
 #include "failure.h"
@@ -28,13 +29,15 @@ frame_range parse_range(const std::string& text) {
     const std::size_t dash = text.find('-');
     const std::optional<number> first = parse_number(std::string_view(text).substr(0, dash));
     frame_range found;
-    bool good = first.has_value();
+    // The number behind the last frame must be one as well.
+    constexpr number k_most = std::numeric_limits<number>::max();
+    bool good = first.value_or(k_most) < k_most;
     found.first = first.value_or(0);
     if (dash == std::string::npos) {
         found.end = found.first + 1;
     } else if (dash + 1 < text.size()) {
         const std::optional<number> last = parse_number(std::string_view(text).substr(dash + 1));
-        good = good && last && *last >= found.first;
+        good = good && last && *last >= found.first && *last < k_most;
         found.end = last.value_or(0) + 1;
     }
     if (!good) {

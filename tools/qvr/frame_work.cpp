@@ -2,6 +2,8 @@
 #include "frame_work.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -34,6 +36,7 @@ class frame_work {
         input.prepare(plan);
         output.prepare(plan, range.first);
         if (options.resume) {
+            require_rereadable();
             go_on();
         }
         skip(number);
@@ -52,7 +55,19 @@ class frame_work {
     }
 
   private:
-    // The last frame that is kept is made again: when it comes out the same, so will have those before it.
+    // What is read a second time must be there a second time. Standard input may be fed again; a numbered sequence is
+    // no file itself.
+    void require_rereadable() const {
+        std::error_code none;
+        const std::filesystem::file_status status = std::filesystem::status(ends.input_name, none);
+        if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+            throw failure(exit_code::usage, {ends.input_name, {}},
+                          "--resume needs an input that can be read again, and this is a pipe or device",
+                          "name a regular file, give '-' and feed it from the beginning, or leave --resume out");
+        }
+    }
+
+    // The first and the last frame that are kept are made again: when they come out the same, so will those between.
     void go_on() {
         if (options.keep_going && output.counts_what_is_kept()) {
             fail_usage(
@@ -60,7 +75,9 @@ class frame_work {
                 "to go on",
                 "leave one of them out, or write a numbered sequence of files");
         }
-        const kept_frames kept = output.go_on([this] { return first_layout(); });
+        const kept_frames kept = output.go_on(ends.input_name == input_text("-")
+                                                  ? nullptr
+                                                  : std::function<frame_job()>([this] { return first_frame(); }));
         if (expected && (kept.count > *expected || (kept.complete && kept.count != *expected))) {
             throw failure(exit_code::usage, {output.name(), {}},
                           "cannot go on: " + kept.file + " has " + frames_text(kept.count) + " already, but " +
@@ -74,21 +91,17 @@ class frame_work {
         }
     }
 
-    frame_layout first_layout() {
-        if (ends.input_name == input_text("-")) {
-            throw failure(exit_code::usage, {ends.input_name, {}}, "--resume needs an input that can be read again",
-                          "name a file, or leave --resume out");
-        }
+    frame_job first_frame() {
         const std::unique_ptr<frame_input> first = ends.open_again();
         first->prepare({1, 1});
         frame_job job;
         job.number = range.first;
-        frame_layout wanted = empty_layout();
-        if (first->skip(range.first) == range.first && first->read(job)) {
-            first->unpack(
-                0, job, [&](const frame_layout& own, const location&) { return wanted = output.wanted(0, job, own); });
+        const unsigned long long there = first->skip(range.first);
+        if (there < range.first || !first->read(job)) {
+            refuse_frame(ends.input_name, range.first, there);
         }
-        return wanted;
+        first->unpack(0, job, [&](const frame_layout& own, const location&) { return output.wanted(0, job, own); });
+        return job;
     }
 
     void skip(unsigned long long count) {
@@ -98,12 +111,13 @@ class frame_work {
         }
     }
 
+    // Only where the input says how many frames there are: a range may promise any number.
     unsigned long long count_present() const {
         unsigned long long found = 0;
-        for (unsigned long long i = 0; options.resume && i < expected.value_or(0); ++i) {
+        for (unsigned long long i = 0; options.resume && total && i < expected.value_or(0); ++i) {
             found += output.has(range.first + i) ? 1 : 0;
         }
-        return found;
+        return found - std::min(found, 1ull);
     }
 
     pipeline_steps steps(progress& shown) {
@@ -122,24 +136,22 @@ class frame_work {
     }
 
     bool read(frame_job& job) {
-        while (output.has(number)) {
-            if ((range.end && number >= *range.end) || input.skip(1) == 0) {
+        for (bool passed = true; passed;) {
+            job.number = number;
+            job.place = {};
+            job.coded_bytes = 0;
+            if (range.end && number >= *range.end) {
                 return false;
             }
+            // The first frame that is there is made again, to be compared.
+            passed = output.has(number) && std::exchange(any_compared, true);
+            // Counted whether it can be read or not.
             ++number;
-            ++present;
-        }
-        if (range.end && number >= *range.end) {
-            return false;
-        }
-        job.number = number;
-        job.place = {};
-        job.coded_bytes = 0;
-        // Counted whether it can be read or not.
-        ++number;
-        if (!input.read(job)) {
-            --number;
-            return false;
+            if (passed ? input.skip(1) == 0 : !input.read(job)) {
+                --number;
+                return false;
+            }
+            present += passed ? 1 : 0;
         }
         if (output.holds_one_frame() && std::exchange(any_read, true)) {
             throw failure(
@@ -172,11 +184,16 @@ class frame_work {
     }
 
     void require_all_read() const {
-        if (range.end && number < *range.end) {
+        if (range.end && number < *range.end && report.lost.empty()) {
             refuse_frame(ends.input_name, number, number);
         }
         if (report.frames + present == 0 && !report.lost.empty()) {
             throw failure(exit_code::data, {ends.input_name, {}}, "none of its frames could be read");
+        }
+        if (output.holds_one_frame() && !any_read) {
+            throw failure(exit_code::usage, {output.name(), {}},
+                          std::string("there is no frame to write, but ") + output.holds_one_frame() + " holds one",
+                          "the chunk is empty: give fewer chunks, or choose a frame with --range N, counted from 0");
         }
     }
 
@@ -192,6 +209,7 @@ class frame_work {
     progress::form form;
     unsigned long long present = 0;  // frames that were there already, each in a file of its own
     bool any_read = false;
+    bool any_compared = false;
     std::string last_layout;
     work_report report;
 };

@@ -30,7 +30,7 @@ output_file::output_file(const std::string& path, incomplete becomes)
     : output_file(path, path == "-" ? "standard output" : path, becomes) {}
 
 output_file::output_file(const std::string& path, const std::string& called, incomplete becomes)
-    : shown_name(called), becomes_kept(becomes == incomplete::kept) {
+    : shown_name(called), becomes_kept(becomes == incomplete::kept || becomes == incomplete::compared) {
     struct stat status = {};
     const bool exists = path != "-" && stat(path.c_str(), &status) == 0;
     if (exists && S_ISDIR(status.st_mode)) {
@@ -55,7 +55,7 @@ output_file::output_file(const std::string& path, const std::string& called, inc
     // The file that a link points to is replaced, and not the link.
     target = behind_links(path);
     if (becomes_kept) {
-        open_kept();
+        open_kept(becomes == incomplete::compared ? "" : target + ".part");
     } else if (becomes == incomplete::begun_again) {
         open_again();
     } else {
@@ -88,10 +88,10 @@ void output_file::open_again() {
     pending.watch(temporary);
 }
 
-void output_file::open_kept() {
-    temporary = target + ".part";
+void output_file::open_kept(const std::string& part) {
+    temporary = part;
     struct stat status = {};
-    const bool started = stat(temporary.c_str(), &status) == 0;
+    const bool started = !part.empty() && stat(part.c_str(), &status) == 0;
     if (!started && stat(target.c_str(), &status) == 0) {
         temporary.clear();
     }
@@ -101,10 +101,10 @@ void output_file::open_kept() {
     }
     owned = true;
     lock();
-    if (fstat(descriptor, &status) != 0) {
+    if (fstat(descriptor, &status) != 0 || lseek(descriptor, 0, SEEK_END) < 0) {
         fail("cannot look at it");
     }
-    kept = static_cast<std::uint64_t>(status.st_size);
+    kept = found = static_cast<std::uint64_t>(status.st_size);
 }
 
 // Two runs that go on with the same file would spoil it.
@@ -122,14 +122,23 @@ void output_file::lock() {
 }
 
 void output_file::go_on(std::uint64_t from, std::uint64_t whole) {
-    if (whole < kept && !kept_is_complete() && ftruncate(descriptor, static_cast<off_t>(whole)) != 0) {
-        fail("cannot cut off what is not whole");
+    if (whole < found && kept_is_complete()) {
+        throw failure(exit_code::usage, {shown_name, {}},
+                      "cannot go on: " + std::to_string(found - whole) + " bytes follow its last whole frame",
+                      "remove it to make it again, or leave --resume out");
     }
     kept = whole;
     written = from;
     if (lseek(descriptor, static_cast<off_t>(whole), SEEK_SET) < 0) {
         fail("cannot go on in it");
     }
+}
+
+void output_file::cut_off_rest() {
+    if (found > kept && ftruncate(descriptor, static_cast<off_t>(kept)) != 0) {
+        fail("cannot cut off what is not whole");
+    }
+    found = kept;
 }
 
 std::size_t output_file::compare_kept(const std::uint8_t* with, std::size_t count) {
@@ -184,6 +193,9 @@ void output_file::write(const std::uint8_t* from, std::size_t count) {
     const std::size_t there = becomes_kept ? compare_kept(from, count) : 0;
     from += there;
     count -= there;
+    if (count > 0) {
+        cut_off_rest();
+    }
     while (count > 0) {
         const ssize_t n = ::write(descriptor, from, std::min(count, k_step));
         if (n < 0 && errno == EINTR) {
@@ -199,6 +211,12 @@ void output_file::write(const std::uint8_t* from, std::size_t count) {
 }
 
 void output_file::commit() {
+    if (written < kept) {
+        throw failure(exit_code::usage, {shown_name, {}},
+                      "cannot go on: there is more in " + kept_path() + " than this input gives",
+                      "give the command as it was, or remove " + kept_path() + " to start again");
+    }
+    cut_off_rest();
     if (owned) {
         owned = false;
         // Some file systems report a full disk only here.

@@ -20,9 +20,10 @@ namespace qvr {
 
 namespace {
 
-bool is_file(const std::string& path) {
+// An empty file is what a power cut leaves of one.
+bool is_filled_file(const std::string& path) {
     std::error_code ignored;
-    return std::filesystem::is_regular_file(path, ignored);
+    return std::filesystem::is_regular_file(path, ignored) && std::filesystem::file_size(path, ignored) > 0;
 }
 
 bool same_layout(const frame_layout& a, const frame_layout& b) {
@@ -146,7 +147,15 @@ class picture_output : public frame_output {
     const char* holds_one_frame() const override { return sink->holds_one_frame() ? called : nullptr; }
     void prepare(const work_plan&, unsigned long long) override {}
 
-    kept_frames go_on(const std::function<frame_layout()>& first_layout) override { return sink->go_on(first_layout); }
+    kept_frames go_on(const std::function<frame_job()>& first) override {
+        return sink->go_on([&] {
+            if (!first) {
+                throw failure(exit_code::usage, {shown_name, {}}, "--resume needs an input that can be read again",
+                              "name a file instead of standard input, or leave --resume out");
+            }
+            return first().picture;
+        });
+    }
 
     // Most frames are like the one before, so that the sink is asked rarely, and never while it writes.
     frame_layout wanted(unsigned, const frame_job& in, const frame_layout& own) override {
@@ -184,19 +193,21 @@ class picture_output : public frame_output {
 class picture_files_output : public frame_output {
   public:
     picture_files_output(sequence_pattern to, const layout_request& asked)
-        : files(std::move(to)), request(asked), keeps(request.becomes == incomplete::kept) {
+        : files(std::move(to)), request(asked), compared(asked), keeps(request.becomes == incomplete::kept) {
         request.becomes = incomplete::removed;
+        compared.becomes = incomplete::compared;
     }
 
     const std::string& name() const override { return files.text(); }
     void prepare(const work_plan& plan, unsigned long long) override { sinks.resize(plan.jobs); }
-    kept_frames go_on(const std::function<frame_layout()>&) override { return {}; }
+    kept_frames go_on(const std::function<frame_job()>&) override { return {}; }
 
     bool counts_what_is_kept() const override { return false; }
-    bool has(unsigned long long number) const override { return keeps && is_file(path(number)); }
+    bool has(unsigned long long number) const override { return keeps && is_filled_file(path(number)); }
 
     frame_layout wanted(unsigned worker, const frame_job& in, const frame_layout& own) override {
-        sinks[worker] = open_sink(path(in.number), request);
+        // What is there already is made again only to be compared.
+        sinks[worker] = open_sink(path(in.number), has(in.number) ? compared : request);
         return sinks[worker]->wanted(own, in.place);
     }
 
@@ -214,6 +225,7 @@ class picture_files_output : public frame_output {
 
     sequence_pattern files;
     layout_request request;
+    layout_request compared;
     bool keeps;
     std::vector<std::unique_ptr<frame_sink>> sinks;
 };

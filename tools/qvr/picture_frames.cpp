@@ -212,7 +212,9 @@ class picture_source : public frame_source {
 class picture_sink : public frame_sink {
   public:
     picture_sink(const picture_format& of, const std::string& path, const layout_request& asked)
-        : format(of), request(asked), file(path) {}
+        : format(of),
+          request(asked),
+          file(path, asked.becomes == incomplete::compared ? incomplete::compared : incomplete::removed) {}
 
     frame_layout wanted(const frame_layout& own, const location& where) const override {
         frame_layout layout = own;

@@ -119,13 +119,18 @@ class raw_sink : public frame_sink {
     void put(const frame& from) override { file.write(from.samples.data(), from.bytes); }
     void commit() override { file.commit(); }
 
-    kept_frames go_on(const std::function<frame_layout()>& layout) override {
+    kept_frames go_on(const std::function<frame()>& first_frame) override {
         if (file.kept_bytes() == 0) {
             return {0, file.kept_is_complete(), file.kept_path()};
         }
-        const std::uint64_t frame_bytes = std::max<std::uint64_t>(raw_frame_bytes(layout()), 1);
-        const std::uint64_t count = file.kept_bytes() / frame_bytes;
-        file.go_on(count == 0 ? 0 : (count - 1) * frame_bytes, count * frame_bytes);
+        const frame first = first_frame();
+        const std::uint64_t each = std::max<std::uint64_t>(first.bytes, 1);
+        const std::uint64_t count = file.kept_bytes() / each;
+        if (count > 0) {
+            file.go_on(0, count * each);
+            put(first);
+            file.go_on((count - 1) * each, count * each);
+        }
         return {count, file.kept_is_complete(), file.kept_path()};
     }
 

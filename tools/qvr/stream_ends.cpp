@@ -134,7 +134,7 @@ class stream_output : public frame_output {
     }
 
     // All frames but the last are listed here, the last one when it is written again.
-    kept_frames go_on(const std::function<frame_layout()>&) override {
+    kept_frames go_on(const std::function<frame_job()>& first) override {
         input_file kept(file.kept_path());
         frame_reader reader(kept);
         kept_frames found;
@@ -152,7 +152,18 @@ class stream_output : public frame_output {
             last = reader.offset();
             ++found.count;
         }
-        file.go_on(last, reader.offset());
+        if (found.count == 0) {
+            return found;
+        }
+        const std::uint64_t whole = reader.offset();
+        file.go_on(last, whole);
+        if (first && last > 0) {
+            frame_job job = first();
+            pack(0, job);
+            file.go_on(0, whole);
+            file.write(job.coded.data(), job.coded_bytes);
+            file.go_on(last, whole);
+        }
         return found;
     }
 

@@ -214,23 +214,20 @@ class y4m_sink : public frame_sink {
 
     void commit() override { file.commit(); }
 
-    kept_frames go_on(const std::function<frame_layout()>& layout) override {
+    kept_frames go_on(const std::function<frame()>& first_frame) override {
         if (file.kept_bytes() == 0) {
             return {0, file.kept_is_complete(), file.kept_path()};
         }
-        const frame_layout of = layout();
-        const std::uint64_t head = header_of(of).size() + 1;
-        const std::uint64_t each = std::char_traits<char>::length(k_frame) + 1 + raw_frame_bytes(of);
+        const frame first = first_frame();
+        const std::uint64_t head = header_of(first.layout).size() + 1;
+        const std::uint64_t each = std::char_traits<char>::length(k_frame) + 1 + first.bytes;
         const std::uint64_t count = (std::max(file.kept_bytes(), head) - head) / each;
-        if (count == 0) {
-            file.go_on(0, 0);
-            return {0, file.kept_is_complete(), file.kept_path()};
+        if (count > 0) {
+            const std::uint64_t whole = head + count * each;
+            file.go_on(0, whole);
+            put(first);
+            file.go_on(whole - each, whole);
         }
-        const std::uint64_t whole = head + count * each;
-        file.go_on(0, whole);
-        header = header_of(of);
-        write_text(header + "\n");
-        file.go_on(whole - each, whole);
         return {count, file.kept_is_complete(), file.kept_path()};
     }
 
