@@ -368,10 +368,9 @@ TEST(y4m, frames_are_not_counted_where_their_lines_have_parameters) {
         clip = joined({clip, text("FRAME Xabc\n"), bytes(4, static_cast<std::uint8_t>(i))});
     }
     folder.write("a.y4m", clip);
-    // A part of 15 frames, as they would seem to be, would end behind the last one.
     const outcome result = folder.qvr({"convert", "a.y4m", "a.raw", "--progress", "json"});
     EXPECT_EQ(result.code, 0) << result.err;
-    EXPECT_FALSE(holds(result.err, "15")) << result.err;
+    EXPECT_TRUE(holds(result.err, "\"frames_total\":null")) << result.err;
     EXPECT_EQ(folder.read("a.raw").size(), 40u);
 }
 
