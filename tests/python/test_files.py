@@ -125,6 +125,18 @@ def test_a_writer_goes_on_after_short_writes(rng):
     assert narrow.getvalue() == qvr.encode(frame, "RGB")
 
 
+@pytest.mark.parametrize("taken", [None, 0])
+def test_a_writer_ends_when_nothing_is_taken(rng, taken):
+    class Full(io.BytesIO):
+        def write(self, data):
+            return taken
+
+    with qvr.Writer(Full(), "RGB") as writer:
+        with pytest.raises(qvr.FileError, match="frame 0 is not complete"):
+            writer.write(frames.noise(rng, (2, 2, 3), np.uint8))
+        assert writer.count == 0
+
+
 def test_an_empty_file_has_no_frames(tmp_path):
     (tmp_path / "empty.qvr").touch()
     with qvr.Reader(tmp_path / "empty.qvr") as reader:

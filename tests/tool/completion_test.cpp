@@ -128,6 +128,13 @@ class fish_completion : public testing::Test {
     const scratch_folder folder;
 };
 
+TEST_F(bash_completion, values_that_are_no_files_are_not_left_to_the_shell) {
+    const std::string script = folder.command({"cat", "qvr.bash"}).out;
+    for (const char* option : {"--range", "--chunk", "--rate"}) {
+        EXPECT_TRUE(holds(script, std::string(option) + "\") compopt +o default")) << option;
+    }
+}
+
 TEST_F(fish_completion, it_is_good_fish) {
     const outcome result = folder.command({"fish", "--no-config", "-n", "qvr.fish"});
     EXPECT_EQ(result.code, 0) << result.err;

@@ -220,4 +220,19 @@ TEST(exr, it_can_come_from_a_pipe_and_go_into_one) {
     EXPECT_EQ(bytes(raw.out.begin(), raw.out.end()), k_half_samples);
 }
 
+TEST(exr, a_picture_asks_for_no_more_than_its_bytes_can_hold) {
+    const scratch_folder folder;
+    const std::vector<bytes> rows = {bytes(4), bytes(4)};
+    bytes file = exr_file({{"B", k_half, rows}, {"G", k_half, rows}, {"R", k_half, rows}});
+    const bytes name = joined({text("dataWindow"), {0}, text("box2i"), {0}, le32(16)});
+    const auto at = std::search(file.begin(), file.end(), name.begin(), name.end());
+    ASSERT_NE(at, file.end());
+    put_le32(file, static_cast<std::size_t>(at - file.begin()) + name.size() + 8, 299999999);
+    folder.write("a.exr", file);
+    const outcome result = folder.qvr({"encode", "a.exr", "a.qvr"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_TRUE(holds(result.err, "the file is too small for a picture of the size that its header says"))
+        << result.err;
+}
+
 }  // namespace

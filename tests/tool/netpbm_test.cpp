@@ -205,4 +205,19 @@ TEST(netpbm, standard_input_is_known_by_its_first_bytes) {
     EXPECT_EQ(bytes(result.out.begin(), result.out.end()), joined({picture, picture}));
 }
 
+TEST(netpbm, pictures_behind_bad_ones_are_not_lost) {
+    const std::string header = "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 1\nMAXVAL 1023\nTUPLTYPE GRAYSCALE\nENDHDR\n";
+    bytes file;
+    for (const unsigned sample : {1, 2000, 2000, 4, 5, 6}) {
+        file = joined({file, text(header), big_endian({sample})});
+    }
+    const scratch_folder folder;
+    folder.write("a.pam", file);
+    const outcome result = folder.qvr({"convert", "a.pam", "a.raw", "--keep-going"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_TRUE(holds(result.err, "qvr: a.pam: picture 1: there is a sample of 2000")) << result.err;
+    EXPECT_TRUE(holds(result.err, "qvr: a.pam: picture 2: there is a sample of 2000")) << result.err;
+    EXPECT_EQ(folder.read("a.raw"), little_endian({1 << 6, 4 << 6, 5 << 6, 6 << 6}));
+}
+
 }  // namespace

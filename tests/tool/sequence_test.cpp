@@ -130,4 +130,19 @@ TEST(sequence, a_loss_is_said_once) {
     EXPECT_TRUE(folder.has("f2.ppm"));
 }
 
+TEST(sequence, a_pattern_is_read_once) {
+    const scratch_folder folder;
+    make_rgb_clip(folder, "a.qvr", 2);
+    expect_silent(folder, {"decode", "a.qvr", "x%%dy.%02d.png"});
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.qvr", "x%dy.00.png", "x%dy.01.png"}));
+}
+
+TEST(sequence, a_folder_that_cannot_be_read_is_told) {
+    const scratch_folder folder;
+    folder.write("shot", {});
+    const outcome result = folder.qvr({"encode", "shot/frame.%04d.png", "a.qvr"});
+    EXPECT_EQ(result.code, 3);
+    EXPECT_TRUE(holds(result.err, "cannot read the folder shot/: Not a directory")) << result.err;
+}
+
 }  // namespace

@@ -417,4 +417,17 @@ TEST(y4m, an_order_that_it_does_not_have_is_not_made_of_it) {
                    "a.y4m: --row-bytes and --row-bytes2 are for raw frames", "leave them out");
 }
 
+TEST(y4m, frames_are_not_counted_where_their_lines_have_parameters) {
+    const scratch_folder folder;
+    bytes clip = text("YUV4MPEG2 W2 H2 F25:1 Cmono\n");
+    for (int i = 0; i < 10; ++i) {
+        clip = joined({clip, text("FRAME Xabc\n"), bytes(4, static_cast<std::uint8_t>(i))});
+    }
+    folder.write("a.y4m", clip);
+    const outcome result = folder.qvr({"convert", "a.y4m", "a.raw", "--progress", "json"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_TRUE(holds(result.err, "\"frames_total\":null")) << result.err;
+    EXPECT_EQ(folder.read("a.raw").size(), 40u);
+}
+
 }  // namespace

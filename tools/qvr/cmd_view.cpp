@@ -139,6 +139,11 @@ class viewing {
         }
         decode(layout);
         const display_view view(decoded, options.display, content.alone);
+        if (view.width() == 0) {
+            throw failure(exit_code::data, reader.place(),
+                          "plane " + std::to_string(*options.plane) + " is passed over, since it does not belong here",
+                          "'qvr info' shows where it stands");
+        }
         add_picture(view, 1);
         made.panes.push_back(
             {"Plane " + std::to_string(plane->number) + ": " + content.text, shown_picture::colours, {}});

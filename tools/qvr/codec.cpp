@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "box_tree.h"
+#include "payload_check.h"
 
 namespace qvr {
 
@@ -248,6 +249,7 @@ frame_layout decoder::read_layout(bytes_view from, const location& where) {
 }
 
 void decoder::decode(bytes_view from, frame& to, const location& where) {
+    require_covered_rows(from, where);
     make_room(to, where);
     log.forget();
     const steady::time_point start = steady::now();
@@ -310,6 +312,7 @@ std::vector<wrapped_payload> decoder::unwrap(bytes_view from, const wrapped_cont
     beside.layout = found.layout;
     beside.bytes = 0;
     if (alpha) {
+        require_covered_rows(from, where);
         make_room(beside, where);
     }
     log.forget();

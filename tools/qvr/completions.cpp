@@ -13,7 +13,8 @@ enum class value_kind { none, words, folders, files, other };
 
 // Values that are no files are those whose names say so; any other name may be a file.
 value_kind kind_of(const argument_description& argument) {
-    static const std::vector<std::string> others = {"N", "WxH", "N|NAME", "1/N|N", "NAME", "TEXT"};
+    static const std::vector<std::string> others = {"N",   "WxH", "N|NAME", "1/N|N", "NAME", "TEXT",
+                                                    "A-B", "I/N", "N[:M]",  "FORM",  "KIND"};
     if (!argument.words.empty()) {
         return value_kind::words;
     }

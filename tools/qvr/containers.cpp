@@ -196,12 +196,7 @@ std::unique_ptr<frame_source> open_source(const std::string& path, const layout_
 std::unique_ptr<frame_sink> open_sink(const std::string& path, const layout_request& request) {
     const container& kind = container_of_output(path, request);
     refuse_strides(kind, request, path, "output");
-    const std::optional<sequence_pattern> files = sequence_pattern::parse(path);
-    if (!files) {
-        return kind.open_sink(path, request);
-    }
-    return open_sequence_sink(*files, request.start.value_or(0),
-                              [&kind, request](const std::string& one) { return kind.open_sink(one, request); });
+    return kind.open_sink(path, request);
 }
 
 }  // namespace qvr

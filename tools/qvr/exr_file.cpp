@@ -138,7 +138,15 @@ void read_parts(memory_input& from, const std::string& file, picture& to) {
     from.seekg(0);
 }
 
-void read_picture(memory_input& from, const std::string& file, picture& to) {
+// Half samples may become float ones, and DWA packs blocks of 64 before it deflates them.
+void require_borne_out(const picture& shape, const Imf::Header& header, std::size_t file_bytes,
+                       const std::string& file) {
+    const bool blocks = header.compression() == Imf::DWAA_COMPRESSION || header.compression() == Imf::DWAB_COMPRESSION;
+    require_inflated_size(shape.row_bytes() * shape.height / 2 / (blocks ? 64 : 1), file_bytes, file,
+                          "OpenEXR picture");
+}
+
+void read_picture(memory_input& from, std::size_t file_bytes, const std::string& file, picture& to) {
     to.left_out.clear();
     read_parts(from, file, to);
     Imf::InputFile in(from);
@@ -149,7 +157,9 @@ void read_picture(memory_input& from, const std::string& file, picture& to) {
         to.left_out.push_back("its display window is left out: the frame is its data window");
     }
     read_channels(in.header().channels(), file, to);
-    to.samples.resize(require_picture_size(to, file, "OpenEXR picture"));
+    const std::size_t sample_bytes = require_picture_size(to, file, "OpenEXR picture");
+    require_borne_out(to, in.header(), file_bytes, file);
+    to.samples.resize(sample_bytes);
     in.setFrameBuffer(frame_buffer(to, window, to.samples.data()));
     in.readPixels(window.min.y, window.max.y);
 }
@@ -160,7 +170,7 @@ void read_exr(input_file& file, picture& to) {
     const std::size_t size = file.read_into(bytes, 0, k_most);
     try {
         memory_input from(file.name().c_str(), bytes.data(), size);
-        read_picture(from, file.name(), to);
+        read_picture(from, size, file.name(), to);
     } catch (const Iex::BaseExc& problem) {
         throw failure(exit_code::data, {file.name(), {}},
                       std::string("cannot read the OpenEXR picture: ") + problem.what(),

@@ -1,11 +1,56 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "failure.h"
 
+#include <cstdio>
 #include <utility>
 
 #include "status_line.h"
 
 namespace qvr {
+
+namespace {
+
+// The bytes of the character that begins there in good UTF-8, 0 where none does.
+std::size_t utf8_length(const std::string& text, std::size_t at) {
+    const auto byte = [&](std::size_t i) {
+        return i < text.size() ? static_cast<unsigned>(static_cast<unsigned char>(text[i])) : 0;
+    };
+    const unsigned first = byte(at);
+    const std::size_t length = first < 0x80 ? 1 : first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+    for (std::size_t i = 1; i < length; ++i) {
+        if (byte(at + i) >> 6 != 2) {
+            return 0;
+        }
+    }
+    return first > 0xF4 ? 0 : length;
+}
+
+// A character that commands a terminal instead of being shown: those below the blank, DEL, and U+0080 to U+009F.
+bool is_control(const std::string& text, std::size_t at) {
+    const auto byte = static_cast<unsigned char>(text[at]);
+    return byte < 0x20 || byte == 0x7F || (byte == 0xC2 && static_cast<unsigned char>(text[at + 1]) < 0xA0);
+}
+
+// What a file or its name holds may be anything: control characters and what is no UTF-8 become "\x1B".
+std::string printable(const std::string& text, bool line_feeds = false) {
+    std::string shown;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t length = utf8_length(text, at);
+        const bool good = length > 0 && (!is_control(text, at) || (line_feeds && text[at] == '\n'));
+        if (good) {
+            shown.append(text, at, length);
+            at += length;
+        } else {
+            char escaped[8];
+            std::snprintf(escaped, sizeof escaped, "\\x%02X",
+                          static_cast<unsigned>(static_cast<unsigned char>(text[at++])));
+            shown += escaped;
+        }
+    }
+    return shown;
+}
+
+}  // namespace
 
 const std::vector<exit_description>& all_exits() {
     static const std::vector<exit_description> rows = {
@@ -34,22 +79,22 @@ std::string failure::message() const {
     std::string text;
     for (const std::string* part : {&place.file, &place.spot}) {
         if (!part->empty()) {
-            text += *part + ": ";
+            text += printable(*part) + ": ";
         }
     }
-    return text + what();
+    return text + printable(what(), true);
 }
 
 std::string failure::text() const {
     std::string text = "qvr: " + message() + "\n";
     if (!advice.empty()) {
-        text += "hint: " + advice + "\n";
+        text += "hint: " + printable(advice, true) + "\n";
     }
     return text;
 }
 
 void warn(const std::string& file, const std::string& what) {
-    print_message("qvr: warning: " + file + ": " + what + "\n");
+    print_message("qvr: warning: " + printable(file) + ": " + printable(what) + "\n");
 }
 
 void fail_usage(const std::string& what, const std::string& hint) {

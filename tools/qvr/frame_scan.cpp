@@ -5,6 +5,7 @@
 
 #include "box_tree.h"
 #include "command.h"
+#include "status_line.h"
 
 namespace qvr {
 
@@ -16,7 +17,7 @@ class problem_list {
     void add(const failure& problem) {
         if (first) {
             std::fflush(stdout);
-            std::fputs(problem.text().c_str(), stderr);
+            print_message(problem.text());
         } else {
             first = problem;
         }

@@ -97,6 +97,11 @@ void check_slice(const plane_payload& of, const alpha_slice& slice, std::size_t 
     }
 }
 
+std::string uncovered_text(const slice_table& table, std::uint32_t height) {
+    return "the slices cover " + std::to_string(table.rows) + " of " + std::to_string(height) +
+           " rows; the others cannot be known";
+}
+
 void check_slices(const plane_payload& of) {
     const slice_table table = read_slice_table(of.bytes);
     if (!table.problem.empty()) {
@@ -110,9 +115,7 @@ void check_slices(const plane_payload& of) {
         return;
     }
     if (table.rows < of.plane.height) {
-        of.report(finding_kind::rows_uncovered, 0,
-                  "the slices cover " + std::to_string(table.rows) + " of " + std::to_string(of.plane.height) +
-                      " rows; the others cannot be known");
+        of.report(finding_kind::rows_uncovered, 0, uncovered_text(table, of.plane.height));
     } else if (!is_even_partition(table, of.plane.height)) {
         of.report(finding_kind::slice_partition, 0, "the rows are not dealt out evenly to the slices");
     }
@@ -131,6 +134,11 @@ void check_slices(const plane_payload& of) {
     }
 }
 
+bool is_misplaced(const box& of) {
+    return std::any_of(of.findings.begin(), of.findings.end(),
+                       [](const finding& found) { return found.kind == finding_kind::misplaced_box; });
+}
+
 }  // namespace
 
 void check_payloads(bytes_view frame, box_tree& tree) {
@@ -144,6 +152,24 @@ void check_payloads(bytes_view frame, box_tree& tree) {
             check_rows(payload);
         } else if (payload.code.content == plane_content::coded_alpha) {
             check_slices(payload);
+        }
+    }
+}
+
+void require_covered_rows(bytes_view frame, const location& where) {
+    const box_tree tree = read_boxes(frame);
+    for (const box& each : tree.boxes) {
+        if (!each.payload_plane || is_misplaced(tree.boxes[each.plane_box])) {
+            continue;
+        }
+        const plane_description& plane = plane_of(tree, each);
+        if (find_plane_code(unquoted(plane.code)).content != plane_content::coded_alpha) {
+            continue;
+        }
+        const slice_table table = read_slice_table(each.payload(frame));
+        if (table.problem.empty() && table.rows < plane.height) {
+            throw failure(exit_code::data, where, "cannot decode: " + uncovered_text(table, plane.height),
+                          "the frame is damaged; 'qvr verify' shows all that is wrong with it");
         }
     }
 }

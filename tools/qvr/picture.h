@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,7 @@ struct picture {
     unsigned channels = 0;   // 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA
     std::uint32_t type = 0;  // QVRUncompressed_ComponentType of the samples
     std::vector<std::uint8_t> samples;
+    location place;                     // for messages, of the picture that is read; may be empty
     std::vector<std::string> left_out;  // what the file holds beyond that, in words for a warning
 
     bool has_alpha() const { return channels == 2 || channels == 4; }
@@ -32,6 +34,11 @@ picture shape_of(const frame_layout& layout);
 
 // The bytes of all samples. A data failure when they pass 4 GiB.
 std::size_t require_picture_size(const picture& shape, const std::string& file, const char* name);
+
+// A data failure when so many bytes cannot come out of a file of the given size, if it is known: deflate makes at most
+// 1032 bytes of one. So no header asks for memory that nothing in the file bears out.
+void require_inflated_size(std::uint64_t bytes, std::optional<std::uint64_t> file_bytes, const std::string& file,
+                           const char* name);
 
 // How one kind of picture file is read and written.
 struct picture_format {

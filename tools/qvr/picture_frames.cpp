@@ -109,8 +109,9 @@ class picture_source : public frame_source {
         if (!more()) {
             return false;
         }
+        ++count;  // whether it can be read or not
+        taken.place = last_place();
         format.read(*file, taken);
-        ++count;
         for (const std::string& loss : taken.left_out) {
             request.losses->lose(last_place(), loss);
         }
@@ -124,6 +125,7 @@ class picture_source : public frame_source {
         if (keeps_places(taken, indices)) {
             to.samples.swap(taken.samples);
         } else {
+            require_raw_size(to.layout, exit_code::data, last_place());
             arrange(taken, indices, to.samples);
         }
         to.bytes = static_cast<std::size_t>(taken.row_bytes() / taken.channels * indices.size() * taken.height);
@@ -322,6 +324,17 @@ std::size_t require_picture_size(const picture& shape, const std::string& file, 
                       "the size in its header is damaged, or the picture must be cut into tiles");
     }
     return static_cast<std::size_t>(row * shape.height);
+}
+
+void require_inflated_size(std::uint64_t bytes, std::optional<std::uint64_t> file_bytes, const std::string& file,
+                           const char* name) {
+    constexpr std::uint64_t k_most_inflation = 1032;
+    if (file_bytes && bytes / k_most_inflation > *file_bytes) {
+        throw failure(exit_code::data, {file, {}},
+                      "cannot read the " + std::string(name) +
+                          ": the file is too small for a picture of the size that its header says",
+                      "the file is damaged or was cut short");
+    }
 }
 
 std::unique_ptr<frame_source> open_picture_source(const picture_format& format, std::unique_ptr<input_file> file,

@@ -26,6 +26,7 @@ struct png_job {
     std::exception_ptr problem;
     char message[200] = "";
     picture shape;
+    std::uint64_t packed_bytes = 0;  // of all rows, as they are before deflate
     std::vector<png_bytep> rows;
 };
 
@@ -37,7 +38,7 @@ void on_error(png_structp png, png_const_charp message) {
 
 void on_warning(png_structp png, png_const_charp message) {
     const auto* job = static_cast<const png_job*>(png_get_error_ptr(png));
-    std::fprintf(stderr, "qvr: warning: %s: %s\n", job->name, message);
+    warn(job->name, message);
 }
 
 void on_read(png_structp png, png_bytep to, png_size_t count) {
@@ -78,6 +79,7 @@ bool run_step(png_job& job, void (*step)(png_job&)) {
 void read_header(png_job& job) {
     png_set_read_fn(job.png, &job, on_read);
     png_read_info(job.png, job.info);
+    job.packed_bytes = std::uint64_t{png_get_rowbytes(job.png, job.info)} * png_get_image_height(job.png, job.info);
     png_set_expand(job.png);
     png_set_swap(job.png);
     png_set_interlace_handling(job.png);
@@ -178,9 +180,12 @@ void read_png(input_file& file, picture& to) {
     job.input = &file;
     job.name = file.name().c_str();
     png_handle handle(job, true);
+    const std::optional<std::uint64_t> left = file.bytes_left();
     handle.step(read_header, exit_code::data, "cannot read the PNG: ");
+    const std::size_t sample_bytes = require_picture_size(job.shape, file.name(), "PNG");
+    require_inflated_size(job.packed_bytes, left, file.name(), "PNG");
     job.shape.samples.swap(to.samples);
-    job.shape.samples.resize(require_picture_size(job.shape, file.name(), "PNG"));
+    job.shape.samples.resize(sample_bytes);
     point_rows(job, job.shape.samples.data());
     handle.step(read_rows, exit_code::data, "cannot read the PNG: ");
     to = std::move(job.shape);

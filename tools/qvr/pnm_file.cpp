@@ -141,7 +141,7 @@ class header_reader {
 };
 
 // Big-endian words with the sample in the low bits, to little-endian words with it in the top bits, in place.
-void words_from_file(std::uint8_t* at, std::size_t count, const sample_range& range, const input_file& file) {
+void words_from_file(std::uint8_t* at, std::size_t count, const sample_range& range, const location& where) {
     unsigned highest = 0;
     for (const std::uint8_t* end = at + 2 * count; at != end; at += 2) {
         const unsigned value = static_cast<unsigned>(at[0] << 8 | at[1]);
@@ -150,8 +150,11 @@ void words_from_file(std::uint8_t* at, std::size_t count, const sample_range& ra
         at[1] = static_cast<std::uint8_t>(value << range.shift >> 8);
     }
     if (highest > range.most) {
-        fail(file, "there is a sample of " + std::to_string(highest) + ", but the header says that none passes " +
-                       std::to_string(range.most));
+        // The next picture can be read all the same: the place tells this failure from one of the same kind there.
+        throw failure(exit_code::data, where,
+                      "there is a sample of " + std::to_string(highest) + ", but the header says that none passes " +
+                          std::to_string(range.most),
+                      k_damaged);
     }
 }
 
@@ -181,7 +184,7 @@ void read_pnm(input_file& file, picture& to) {
                        std::to_string(wanted));
     }
     if (to.bytes_per_sample() == 2) {
-        words_from_file(to.samples.data(), wanted / 2, *range, file);
+        words_from_file(to.samples.data(), wanted / 2, *range, to.place);
     }
 }
 

@@ -110,41 +110,6 @@ class sequence_source : public frame_source {
     location place;
 };
 
-class sequence_sink : public frame_sink {
-  public:
-    sequence_sink(const sequence_pattern& of, std::uint64_t start, sink_opener opener)
-        : files(of), number(start), open_one(std::move(opener)), current(open_one(files.path(number))) {}
-
-    frame_layout wanted(const frame_layout& own, const location& where) const override {
-        return opened().wanted(own, where);
-    }
-
-    bool holds_one_frame() const override { return false; }
-
-    void put(const frame& from) override {
-        opened().put(from);
-        current->commit();
-        current.reset();
-        ++number;
-    }
-
-    void commit() override {}
-
-  private:
-    // The next file is made only when a frame comes, so that none is left without one.
-    frame_sink& opened() const {
-        if (!current) {
-            current = open_one(files.path(number));
-        }
-        return *current;
-    }
-
-    sequence_pattern files;
-    std::uint64_t number;
-    sink_opener open_one;
-    mutable std::unique_ptr<frame_sink> current;
-};
-
 }  // namespace
 
 std::optional<sequence_pattern> sequence_pattern::parse(const std::string& path) {
@@ -189,8 +154,9 @@ std::string sequence_pattern::path(std::uint64_t number) const {
 std::vector<std::uint64_t> sequence_pattern::numbers() const {
     std::vector<std::uint64_t> found;
     std::error_code problem;
-    for (std::filesystem::directory_iterator entry(folder.empty() ? "." : folder, problem), end;
-         !problem && entry != end; entry.increment(problem)) {
+    const std::string searched = folder.empty() ? "." : folder;
+    for (std::filesystem::directory_iterator entry(searched, problem), end; !problem && entry != end;
+         entry.increment(problem)) {
         const std::string name = entry->path().filename().string();
         std::uint64_t number = 0;
         if (name.size() > before.size() &&
@@ -198,6 +164,11 @@ std::vector<std::uint64_t> sequence_pattern::numbers() const {
             path(number) == folder + name) {
             found.push_back(number);
         }
+    }
+    // Where there is no folder there are no files either.
+    if (problem && problem != std::errc::no_such_file_or_directory) {
+        throw failure(exit_code::io, {given, {}}, "cannot read the folder " + searched + ": " + problem.message(),
+                      system_hint(problem.value()));
     }
     std::sort(found.begin(), found.end());
     return found;
@@ -225,11 +196,6 @@ std::unique_ptr<frame_source> open_sequence_source(const sequence_pattern& files
         }
     }
     return std::make_unique<sequence_source>(files, std::move(numbers), one_frame, std::move(open_one));
-}
-
-std::unique_ptr<frame_sink> open_sequence_sink(const sequence_pattern& files, std::uint32_t start,
-                                               sink_opener open_one) {
-    return std::make_unique<sequence_sink>(files, start, std::move(open_one));
 }
 
 }  // namespace qvr

@@ -37,14 +37,9 @@ class sequence_pattern {
 };
 
 using source_opener = std::function<std::unique_ptr<frame_source>(const std::string& path)>;
-using sink_opener = std::function<std::unique_ptr<frame_sink>(const std::string& path)>;
 
 // one_frame: no file of the sequence holds more than one.
 std::unique_ptr<frame_source> open_sequence_source(const sequence_pattern& files, std::optional<std::uint32_t> start,
                                                    bool one_frame, source_opener open_one);
-
-// Each file gets its name as soon as its frame is in it, and stays when a later one fails.
-std::unique_ptr<frame_sink> open_sequence_sink(const sequence_pattern& files, std::uint32_t start,
-                                               sink_opener open_one);
 
 }  // namespace qvr

@@ -69,9 +69,16 @@ class y4m_source : public frame_source {
     bool more() override { return !file->at_end(); }
 
     std::optional<std::uint64_t> frames_left() const override {
+        // Lines with parameters are longer, each as it likes.
+        const std::string line = std::string(k_frame) + "\n";
         const std::optional<std::uint64_t> left = file->bytes_left();
-        const std::uint64_t each = frame_bytes + std::char_traits<char>::length(k_frame) + 1;
-        return left ? std::optional<std::uint64_t>(*left / each) : std::nullopt;
+        const std::uint64_t each = frame_bytes + line.size();
+        if (!left || *left % each != 0) {
+            return std::nullopt;
+        }
+        const std::vector<std::uint8_t>& ahead = file->peek(line.size());
+        const bool plain = *left == 0 || std::equal(line.begin(), line.end(), ahead.begin());
+        return plain ? std::optional<std::uint64_t>(*left / each) : std::nullopt;
     }
 
     location last_place() const override { return place; }

@@ -157,7 +157,10 @@ class Writer:
 
     def _put(self, frame):
         while frame:
-            frame = frame[self._file.write(frame) :]
+            written = self._file.write(frame)
+            if not written:  # None: a raw file that would have to wait
+                raise FileError(f"{self.name}: it takes no more bytes, so that frame {self.count} is not complete")
+            frame = frame[written:]
         self.count += 1
 
     def close(self):
