@@ -88,6 +88,7 @@ void require_other_files(const wrap_options& options) {
         fail_usage("standard input can be only one of the files to wrap");
     }
     std::vector<named_file> read;
+    read.reserve(inputs.size());
     for (const std::string& input : inputs) {
         read.push_back({"a file to wrap", input});
     }

@@ -76,7 +76,8 @@ const container& container_of_input(const std::string& path, input_file& file, c
                               (request.container.empty() ? " by its name" : " by --from"),
                           "leave --size out, or rename the file if it does hold raw frames");
         }
-        if (request.container.empty()) {
+        // A pipe may have nothing to show yet, and what is wrong with the command is said at once.
+        if (request.container.empty() && path != "-") {
             refuse_known_content(file);
         }
         return raw_container();
