@@ -208,7 +208,7 @@ TEST(netpbm, standard_input_is_known_by_its_first_bytes) {
 TEST(netpbm, pictures_behind_bad_ones_are_not_lost) {
     const std::string header = "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 1\nMAXVAL 1023\nTUPLTYPE GRAYSCALE\nENDHDR\n";
     bytes file;
-    for (const unsigned sample : {1, 2000, 2000, 4, 5, 6}) {
+    for (const unsigned sample : {1u, 2000u, 2000u, 4u, 5u, 6u}) {
         file = joined({file, text(header), big_endian({sample})});
     }
     const scratch_folder folder;

@@ -109,7 +109,7 @@ const bars k_2020_limited = {{"green", {127, 67, 51}, {0, 191, 0}}, {"white", {2
 bytes uyvy(const bars& of, std::size_t size) {
     bytes raw;
     for (const bar& one : of) {
-        for (const std::size_t i : {1, 0, 2, 0}) {
+        for (const std::size_t i : {1u, 0u, 2u, 0u}) {
             raw.resize(raw.size() + size - 1);
             raw.push_back(one.ycbcr[i]);
         }
