@@ -118,7 +118,7 @@ class plot {
     }
 
     void draw_bar(const bench_result& result, double seconds, double y, const colour& ink) {
-        const double end = place(gigabytes(result, seconds));
+        const double end = std::max(place(gigabytes(result, seconds)), k_left + 1.0);  // to be seen, however slow
         on.fill({double(k_left), y, end - k_left, double(k_bar)}, ink, 2);
         char text[60];
         std::snprintf(text, sizeof text, "%.1f GB/s  %.2f x memcpy", gigabytes(result, seconds), result.copy / seconds);
