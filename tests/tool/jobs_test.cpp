@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 
 #include <filesystem>
+#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "clips.h"
@@ -216,6 +217,25 @@ TEST_F(jobs, memory_does_not_grow_with_the_number_of_frames) {
     ASSERT_EQ(folder_.qvr(words{"encode", "few.raw", "few.qvr"} + shape).code, 0);
     EXPECT_LT(peak_memory(folder_, {"decode", "many.qvr", "/dev/null", "-j", "2", "-q"}),
               peak_memory(folder_, {"decode", "few.qvr", "/dev/null", "-j", "2", "-q"}) + 8000);
+}
+
+// Of a frame that nobody asks about only the size is read.
+TEST_F(jobs, frames_that_are_passed_over_are_not_read) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the address sanitizer keeps freed memory for a while";
+#endif
+    make_rgb_clip(folder_, "small.qvr", 1);
+    folder_.write("clip.qvr", {0, 0, 0, 0x20, 'p', 'a', 'c', 'k'});
+    std::filesystem::resize_file(folder_.file("clip.qvr"), 0x20000000);
+    const bytes small = folder_.read("small.qvr");
+    std::ofstream(folder_.file("clip.qvr"), std::ios::app | std::ios::binary)
+        .write(reinterpret_cast<const char*>(small.data()), static_cast<std::streamsize>(small.size()));
+    const long alone = peak_memory(folder_, {"view", "small.qvr", "-o", "/dev/null"});
+    EXPECT_LT(peak_memory(folder_, {"view", "clip.qvr", "-o", "/dev/null", "--frame", "1"}), alone + 8000);
+    for (const char* command : {"info", "dump", "verify"}) {
+        EXPECT_LT(peak_memory(folder_, {command, "clip.qvr", "--frame", "1"}), alone + 8000) << command;
+    }
+    EXPECT_LT(peak_memory(folder_, {"decode", "clip.qvr", "/dev/null", "--frame", "1"}), alone + 8000);
 }
 
 }  // namespace

@@ -119,7 +119,9 @@ TEST(verify_report, an_empty_file_is_bad_data) {
     const scratch_folder folder;
     const outcome result = folder.qvr({"verify", "-"});
     EXPECT_EQ(result.code, 1);
-    EXPECT_EQ(result.err, "qvr: standard input: there is no frame in it: the file is empty\n");
+    EXPECT_EQ(result.err,
+              "qvr: standard input: there is no frame in it: the file is empty\n"
+              "hint: what was to write it has failed, or is not done yet\n");
     EXPECT_EQ(result.out, "");
 }
 

@@ -169,7 +169,7 @@ void canvas::write(output_file& to) {
     if (becomes == drawing_kind::svg) {
         cairo_surface_finish(surface.get());
         require_good(cairo_surface_status(surface.get()));
-        to.write(reinterpret_cast<const std::uint8_t*>(document.data()), document.size());
+        to.write(document);
         return;
     }
     cairo_surface_flush(surface.get());

@@ -60,17 +60,17 @@ class unwrapping {
 
     void run() {
         unsigned long long frames = 0;
-        while (!(options.only_frame && frames > 0) && reader.next()) {
-            if (options.only_frame && *options.only_frame != reader.number()) {
-                continue;
-            }
+        if (options.only_frame) {
+            reader.find(*options.only_frame);
+            unwrap_frame();
             ++frames;
-            const wrapped_contents found = codec.read_wrapped(reader.bytes(), reader.place());
-            if (!found.records.empty()) {
-                unwrap_frame(found);
+        } else {
+            for (; reader.next(); ++frames) {
+                unwrap_frame();
             }
+            reader.require_some();
         }
-        require_some(frames);
+        require_payloads();
         folder.commit();
         if (unwrapped < frames) {
             warn(input.name(), counted(frames - unwrapped, "frame") + " of " + std::to_string(frames) +
@@ -90,7 +90,11 @@ class unwrapping {
     }
 
   private:
-    void unwrap_frame(const wrapped_contents& found) {
+    void unwrap_frame() {
+        const wrapped_contents found = codec.read_wrapped(reader.bytes(), reader.place());
+        if (found.records.empty()) {
+            return;
+        }
         std::size_t number = 0;
         for (const wrapped_payload& payload : codec.unwrap(reader.bytes(), found, current, reader.place())) {
             const std::string name = stem() + std::to_string(number++) + extension(payload.type);
@@ -130,15 +134,7 @@ class unwrapping {
         return text;
     }
 
-    void require_some(unsigned long long frames) const {
-        if (frames == 0 && reader.number() > 0) {
-            throw failure(exit_code::usage, {input.name(), {}},
-                          "there is no frame " + std::to_string(*options.only_frame) + ": the file holds " +
-                              std::to_string(reader.number()) + ", counted from 0");
-        }
-        if (frames == 0) {
-            throw failure(exit_code::data, {input.name(), {}}, "there is no frame in it: the file is empty");
-        }
+    void require_payloads() const {
         if (unwrapped == 0) {
             const location where = options.only_frame ? reader.place() : location{input.name(), {}};
             throw failure(exit_code::data, where, "there are no wrapped payloads in it",

@@ -42,10 +42,6 @@ struct view_options {
     display_choice display;
 };
 
-std::string base_name(const std::string& path) {
-    return path.substr(path.find_last_of('/') + 1);
-}
-
 // In place of a picture that nothing here can decode.
 sheet_pane card(const wrapped_contents& found) {
     const bool frame = found.records.front().wrapType == QVRUncompressed_WrapQCX;
@@ -65,7 +61,7 @@ class viewing {
         : options(given), input(given.input), reader(input), codec(0), output(given.output) {}
 
     void run() {
-        find_frame();
+        reader.find(options.frame);
         tree = read_boxes(reader.bytes());
         const wrapped_contents found = codec.read_wrapped(reader.bytes(), reader.place());
         made.title = input.name() == "standard input" ? input.name() : base_name(input.name());
@@ -87,21 +83,6 @@ class viewing {
     }
 
   private:
-    void find_frame() {
-        unsigned long long frames = 0;
-        for (; reader.next(); ++frames) {
-            if (reader.number() == options.frame) {
-                return;
-            }
-        }
-        if (frames == 0) {
-            throw failure(exit_code::data, {input.name(), {}}, "there is no frame in it: the file is empty");
-        }
-        throw failure(exit_code::usage, {input.name(), {}},
-                      "there is no frame " + std::to_string(options.frame) + ": the file holds " +
-                          std::to_string(frames) + ", counted from 0");
-    }
-
     void add_pictures(const wrapped_contents& found) {
         if (!found.records.empty()) {
             made.panes.push_back(card(found));

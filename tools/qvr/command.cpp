@@ -5,12 +5,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <cstring>
-#include <system_error>
 
 #include "containers.h"
+#include "numbers.h"
 #include "status_line.h"
 
 namespace qvr {
@@ -19,17 +18,12 @@ namespace {
 
 // "1920x1080"
 void parse_size(const std::string& text, layout_request& to) {
-    const char* at = text.data();
-    const char* end = at + text.size();
-    const auto width = std::from_chars(at, end, to.width);
-    bool good = width.ec == std::errc() && width.ptr != end && (*width.ptr == 'x' || *width.ptr == 'X');
-    if (good) {
-        const auto height = std::from_chars(width.ptr + 1, end, to.height);
-        good = height.ec == std::errc() && height.ptr == end;
-    }
-    if (!good || to.width == 0 || to.height == 0) {
+    const auto size = parse_pair<std::uint32_t>(text, "xX");
+    if (!size || size->first == 0 || size->second == 0) {
         fail_usage("--size " + text + ": this is not a size", "write width and height like this: --size 1920x1080");
     }
+    to.width = size->first;
+    to.height = size->second;
 }
 
 template <class Rows>
@@ -44,16 +38,10 @@ std::vector<std::string> names_of(const Rows& rows) {
 
 // "25", "30000:1001" or "30000/1001"
 frame_rate parse_rate(const std::string& text) {
-    frame_rate rate;
-    const char* end = text.data() + text.size();
-    const auto frames = std::from_chars(text.data(), end, rate.frames);
-    bool good = frames.ec == std::errc();
-    if (good && frames.ptr != end) {
-        good = *frames.ptr == ':' || *frames.ptr == '/';
-        const auto seconds = std::from_chars(frames.ptr + 1, end, rate.seconds);
-        good = good && seconds.ec == std::errc() && seconds.ptr == end;
-    }
-    if (!good || rate.frames == 0 || rate.seconds == 0) {
+    const halves parts = split_at(text, ":/");
+    const frame_rate rate = {parse_number<std::uint32_t>(parts.first).value_or(0),
+                             parse_number<std::uint32_t>(parts.second.value_or("1")).value_or(0)};
+    if (rate.frames == 0 || rate.seconds == 0) {
         fail_usage("--rate " + text + ": this is not a frame rate",
                    "write frames a second: --rate 25, or as a fraction: --rate 30000:1001");
     }

@@ -173,8 +173,7 @@ void read_exr(input_file& file, picture& to) {
         read_picture(from, size, file.name(), to);
     } catch (const Iex::BaseExc& problem) {
         throw failure(exit_code::data, {file.name(), {}},
-                      std::string("cannot read the OpenEXR picture: ") + problem.what(),
-                      "the file is damaged or was cut short");
+                      std::string("cannot read the OpenEXR picture: ") + problem.what(), k_damaged);
     }
 }
 

@@ -101,6 +101,17 @@ void fail_usage(const std::string& what, const std::string& hint) {
     throw failure(exit_code::usage, location{}, what, hint);
 }
 
+void refuse_frame(const std::string& file, unsigned long long number, unsigned long long total) {
+    throw failure(exit_code::usage, {file, {}},
+                  "there is no frame " + std::to_string(number) + ": the file holds " + std::to_string(total) +
+                      ", counted from 0");
+}
+
+void refuse_empty(const std::string& file) {
+    throw failure(exit_code::data, {file, {}}, "there is no frame in it: the file is empty",
+                  "what was to write it has failed, or is not done yet");
+}
+
 std::string frame_spot(unsigned long long number, unsigned long long offset) {
     return "frame " + std::to_string(number) + " at offset " + std::to_string(offset);
 }

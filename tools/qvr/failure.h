@@ -59,6 +59,14 @@ void warn(const std::string& file, const std::string& what);
 // "--size 3x": usage failures that concern an option rather than a file.
 [[noreturn]] void fail_usage(const std::string& what, const std::string& hint = {});
 
+// "there is no frame 7: the file holds 3, counted from 0"
+[[noreturn]] void refuse_frame(const std::string& file, unsigned long long number, unsigned long long total);
+
+[[noreturn]] void refuse_empty(const std::string& file);
+
+// The hint for inputs that do not go on as they began.
+inline constexpr const char* k_damaged = "the file is damaged or was cut short";
+
 // "frame 3 at offset 4096"
 std::string frame_spot(unsigned long long number, unsigned long long offset);
 

@@ -60,6 +60,9 @@ void stop_waiting_for_input();
 // is there and is not to change.
 enum class incomplete { removed, kept, begun_again, compared };
 
+// The last part of a path.
+std::string base_name(const std::string& path);
+
 // Where a path leads to when symbolic links are followed, also to a file that is not there yet.
 std::string behind_links(const std::string& path);
 
@@ -77,6 +80,7 @@ class output_file {
 
     const std::string& name() const { return shown_name; }
     void write(const std::uint8_t* from, std::size_t count);
+    void write(const std::string& text);
     std::uint64_t bytes_written() const { return written; }
     void commit();
 

@@ -3,12 +3,11 @@
 
 #include <strings.h>
 
-#include <charconv>
 #include <cstring>
-#include <system_error>
 
 #include "QVRUncompressed.h"
 #include "failure.h"
+#include "numbers.h"
 
 namespace qvr {
 
@@ -31,19 +30,9 @@ bool answers_to(const Row& row, const std::string& given) {
     return false;
 }
 
-std::optional<std::uint32_t> as_number(const std::string& text) {
-    std::uint32_t value = 0;
-    const char* end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, value);
-    if (result.ec != std::errc() || result.ptr != end) {
-        return std::nullopt;
-    }
-    return value;
-}
-
 template <class Rows>
 std::optional<std::uint32_t> look_up(const Rows& rows, const std::string& given) {
-    const std::optional<std::uint32_t> number = as_number(given);
+    const std::optional<std::uint32_t> number = parse_number<std::uint32_t>(given);
     for (const auto& row : rows) {
         if (number ? row.value == *number : answers_to(row, given)) {
             return row.value;

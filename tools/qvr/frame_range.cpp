@@ -2,12 +2,11 @@
 #include "frame_range.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdlib>
 #include <limits>
-#include <string_view>
 
 #include "failure.h"
+#include "numbers.h"
 
 namespace qvr {
 
@@ -17,26 +16,19 @@ using number = unsigned long long;
 
 constexpr number k_most_chunks = 1000000;
 
-std::optional<number> parse_number(std::string_view text) {
-    number value = 0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
-    return result.ec == std::errc() && result.ptr == text.data() + text.size() ? std::optional<number>(value)
-                                                                               : std::nullopt;
-}
-
 // "10-19", "10-" and "10"
 frame_range parse_range(const std::string& text) {
-    const std::size_t dash = text.find('-');
-    const std::optional<number> first = parse_number(std::string_view(text).substr(0, dash));
+    const halves parts = split_at(text, "-");
+    const std::optional<number> first = parse_number<number>(parts.first);
     frame_range found;
     // The number behind the last frame must be one as well.
     constexpr number k_most = std::numeric_limits<number>::max();
     bool good = first.value_or(k_most) < k_most;
     found.first = first.value_or(0);
-    if (dash == std::string::npos) {
+    if (!parts.second) {
         found.end = found.first + 1;
-    } else if (dash + 1 < text.size()) {
-        const std::optional<number> last = parse_number(std::string_view(text).substr(dash + 1));
+    } else if (!parts.second->empty()) {
+        const std::optional<number> last = parse_number<number>(*parts.second);
         good = good && last && *last >= found.first && *last < k_most;
         found.end = last.value_or(0) + 1;
     }
@@ -54,7 +46,7 @@ struct chunk_choice {
 
 number array_variable(const char* name) {
     const char* text = std::getenv(name);
-    const std::optional<number> value = text ? parse_number(text) : std::nullopt;
+    const std::optional<number> value = text ? parse_number<number>(text) : std::nullopt;
     if (!value) {
         fail_usage(std::string("--chunk auto: ") + name + (text ? " is no number" : " is not set"),
                    "inside a Slurm job array it is; elsewhere say which chunk: --chunk 1/8");
@@ -82,14 +74,11 @@ chunk_choice parse_chunk(const std::string& text) {
     if (text == "auto") {
         return chunk_of_array();
     }
-    const std::size_t slash = text.find('/');
-    const std::optional<number> index = parse_number(std::string_view(text).substr(0, slash));
-    const std::optional<number> count =
-        slash == std::string::npos ? std::nullopt : parse_number(std::string_view(text).substr(slash + 1));
-    if (!index || !count || *index < 1 || *index > *count || *count > k_most_chunks) {
+    const auto read = parse_pair<number>(text, "/");
+    if (!read || read->first < 1 || read->first > read->second || read->second > k_most_chunks) {
         fail_usage("--chunk " + text + ": this is no chunk", "the first of eight is --chunk 1/8, the last --chunk 8/8");
     }
-    return {*index, *count};
+    return {read->first, read->second};
 }
 
 // frames * part / count, rounded down, although the product may pass 64 bits.
@@ -98,12 +87,6 @@ number share(number frames, number part, number count) {
 }
 
 }  // namespace
-
-void refuse_frame(const std::string& input_name, unsigned long long number, unsigned long long total) {
-    throw failure(exit_code::usage, {input_name, {}},
-                  "there is no frame " + std::to_string(number) + ": the file holds " + std::to_string(total) +
-                      ", counted from 0");
-}
 
 std::optional<unsigned long long> frame_range::count(const std::optional<unsigned long long>& total) const {
     const std::optional<unsigned long long>& behind = end ? end : total;

@@ -19,9 +19,6 @@ struct frame_range {
     std::optional<unsigned long long> count(const std::optional<unsigned long long>& total) const;
 };
 
-// "there is no frame 7: the file holds 3, counted from 0"
-[[noreturn]] void refuse_frame(const std::string& input_name, unsigned long long number, unsigned long long total);
-
 struct range_options {
     std::string range;
     std::string chunk;

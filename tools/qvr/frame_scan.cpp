@@ -51,7 +51,8 @@ class scan {
             }
         }
         if (!found && !problems.any()) {
-            fail_without_frame();
+            reader.require_some();
+            refuse_frame(input.name(), *only, reader.number());
         }
         finish_standard_output();
         problems.throw_first();
@@ -60,21 +61,12 @@ class scan {
   private:
     frame_problem read_next(bool& more) {
         try {
-            more = reader.next();
+            more = only && reader.next_number() < *only ? reader.skip() : reader.next();
             return std::nullopt;
         } catch (const failure& problem) {
             more = false;
             return problem;
         }
-    }
-
-    [[noreturn]] void fail_without_frame() const {
-        if (reader.number() == 0) {
-            throw failure(exit_code::data, {input.name(), {}}, "there is no frame in it: the file is empty");
-        }
-        throw failure(exit_code::usage, {input.name(), {}},
-                      "there is no frame " + std::to_string(*only) + ": the file holds " +
-                          std::to_string(reader.number()) + ", counted from 0");
     }
 
     // Whether `look` was asked.

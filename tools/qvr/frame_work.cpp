@@ -46,7 +46,7 @@ class frame_work {
         // What was read to its end has been counted; a number told before that may be a guess.
         output.commit(number, range.end ? total : number);
         shown.end();
-        report.told = form == progress::form::json;
+        report.told = form == progress::form::events;
         report.kept += present;
         report.frames += present;
         report.time = input.time();

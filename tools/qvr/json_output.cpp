@@ -24,9 +24,12 @@ json json_document(const char* schema) {
     return {{"schema", schema}};
 }
 
+std::string json_line(const json& document) {
+    return document.dump(-1, ' ', false, json::error_handler_t::replace) + "\n";
+}
+
 void print_json(const json& document) {
-    const std::string line = document.dump(-1, ' ', false, json::error_handler_t::replace);
-    std::printf("%s\n", line.c_str());
+    std::fputs(json_line(document).c_str(), stdout);
 }
 
 json json_layout(std::uint32_t layout) {

@@ -19,7 +19,10 @@ extern const char* const k_json_help;  // of the option --json
 // The start of a document: {"schema": "qvr-info/1"}.
 json json_document(const char* schema);
 
-// Writes the document as one line. Bytes that are no UTF-8, as in names of files, become U+FFFD.
+// The document as one line, with its line feed. Bytes that are no UTF-8, as in names of files, become U+FFFD.
+std::string json_line(const json& document);
+
+// Writes the document as one line.
 void print_json(const json& document);
 
 // "progressive", "interlaced" or "unknown".

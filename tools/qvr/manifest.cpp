@@ -4,7 +4,6 @@
 #include <xxhash.h>
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
 #include "failure.h"
 
@@ -12,14 +11,8 @@ namespace qvr {
 
 namespace {
 
-using json = nlohmann::ordered_json;
-
 constexpr const char* k_schema = "qvr-manifest/1";
 constexpr const char* k_checksum = "xxh3_128";
-
-std::string file_part(const std::string& path) {
-    return path.substr(path.find_last_of('/') + 1);
-}
 
 }  // namespace
 
@@ -39,18 +32,17 @@ manifest_writer::manifest_writer(const std::string& path, const std::string& des
                                  incomplete becomes)
     : file(path, becomes) {
     const json header = {
-        {"schema", k_schema}, {"file", file_part(described)}, {"first", first}, {"checksum", k_checksum}};
-    write_line(header.dump(-1, ' ', false, json::error_handler_t::replace));
+        {"schema", k_schema}, {"file", base_name(described)}, {"first", first}, {"checksum", k_checksum}};
+    write_line(header);
 }
 
-void manifest_writer::write_line(const std::string& line) {
-    const std::string with_feed = line + "\n";
-    file.write(reinterpret_cast<const std::uint8_t*>(with_feed.data()), with_feed.size());
+void manifest_writer::write_line(const json& line) {
+    file.write(json_line(line));
 }
 
 void manifest_writer::add(unsigned long long number, std::uint64_t size, const std::string& checksum) {
     const json line = {{"frame", number}, {"offset", offset}, {"size", size}, {k_checksum, checksum}};
-    write_line(line.dump());
+    write_line(line);
     offset += size;
     ++frames;
 }
@@ -60,7 +52,7 @@ void manifest_writer::commit(unsigned long long end, std::optional<unsigned long
     if (total) {
         last["total"] = *total;
     }
-    write_line(last.dump());
+    write_line(last);
     file.commit();
 }
 

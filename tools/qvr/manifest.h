@@ -11,6 +11,7 @@
 
 #include "codec.h"
 #include "file_io.h"
+#include "json_output.h"
 
 namespace qvr {
 
@@ -36,7 +37,7 @@ class manifest_writer {
     void commit(unsigned long long end, std::optional<unsigned long long> total);
 
   private:
-    void write_line(const std::string& line);
+    void write_line(const json& line);
 
     output_file file;
     unsigned long long frames = 0;

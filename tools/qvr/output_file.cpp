@@ -16,6 +16,10 @@
 
 namespace qvr {
 
+std::string base_name(const std::string& path) {
+    return path.substr(path.find_last_of('/') + 1);
+}
+
 std::string behind_links(const std::string& path) {
     constexpr int k_most_links = 40;
     std::error_code ignored;
@@ -186,6 +190,10 @@ void output_file::fail(const std::string& what) const {
     const char* kept_hint = "make room and give the same command again: it goes on behind the last whole frame";
     throw failure(exit_code::io, {shown_name, {}}, what + ": " + std::strerror(reason),
                   becomes_kept && reason == ENOSPC ? kept_hint : system_hint(reason));
+}
+
+void output_file::write(const std::string& text) {
+    write(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
 }
 
 void output_file::write(const std::uint8_t* from, std::size_t count) {

@@ -26,7 +26,7 @@ bool is_filled_file(const std::string& path) {
     return std::filesystem::is_regular_file(path, ignored) && std::filesystem::file_size(path, ignored) > 0;
 }
 
-bool same_layout(const frame_layout& a, const frame_layout& b) {
+bool identical(const frame_layout& a, const frame_layout& b) {
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
@@ -160,7 +160,7 @@ class picture_output : public frame_output {
     // Most frames are like the one before, so that the sink is asked rarely, and never while it writes.
     frame_layout wanted(unsigned, const frame_job& in, const frame_layout& own) override {
         const std::lock_guard<std::mutex> lock(memory);
-        if (!asked || !same_layout(own, asked_for)) {
+        if (!asked || !identical(own, asked_for)) {
             const std::lock_guard<std::mutex> writing(sink_use);
             answer = sink->wanted(own, in.place);
             asked_for = own;

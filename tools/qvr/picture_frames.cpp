@@ -333,7 +333,7 @@ void require_inflated_size(std::uint64_t bytes, std::optional<std::uint64_t> fil
         throw failure(exit_code::data, {file, {}},
                       "cannot read the " + std::string(name) +
                           ": the file is too small for a picture of the size that its header says",
-                      "the file is damaged or was cut short");
+                      k_damaged);
     }
 }
 

@@ -2,14 +2,12 @@
 #include "pnm_file.h"
 
 #include <algorithm>
-#include <charconv>
-#include <system_error>
+
+#include "numbers.h"
 
 namespace qvr {
 
 namespace {
-
-constexpr const char* k_damaged = "the file is damaged or was cut short";
 
 // The types that a picture's samples can have, by the largest value that its header says.
 struct sample_range {
@@ -104,10 +102,8 @@ class header_reader {
     }
 
     std::uint32_t number(const std::string& text) const {
-        std::uint32_t value = 0;
-        const char* end = text.data() + text.size();
-        const auto read = std::from_chars(text.data(), end, value);
-        if (read.ec != std::errc() || read.ptr != end || value == 0) {
+        const std::uint32_t value = parse_number<std::uint32_t>(text).value_or(0);
+        if (value == 0) {
             fail(file, "the header of the picture has '" + text.substr(0, 40) + "' where a number should be");
         }
         return value;
@@ -208,22 +204,17 @@ void write_samples(output_file& file, const picture& shape, const std::uint8_t* 
     }
 }
 
-void write_text(output_file& file, const std::string& text) {
-    file.write(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
-}
-
 void write_pnm(output_file& file, const picture& shape, const std::uint8_t* samples) {
-    write_text(file, std::string(shape.channels == 1 ? "P5\n" : "P6\n") + std::to_string(shape.width) + " " +
-                         std::to_string(shape.height) + "\n" + std::to_string(range_of_type(shape.type).most) + "\n");
+    file.write(std::string(shape.channels == 1 ? "P5\n" : "P6\n") + std::to_string(shape.width) + " " +
+               std::to_string(shape.height) + "\n" + std::to_string(range_of_type(shape.type).most) + "\n");
     write_samples(file, shape, samples);
 }
 
 void write_pam(output_file& file, const picture& shape, const std::uint8_t* samples) {
     constexpr const char* k_tuples[] = {"GRAYSCALE", "GRAYSCALE_ALPHA", "RGB", "RGB_ALPHA"};
-    write_text(file, "P7\nWIDTH " + std::to_string(shape.width) + "\nHEIGHT " + std::to_string(shape.height) +
-                         "\nDEPTH " + std::to_string(shape.channels) + "\nMAXVAL " +
-                         std::to_string(range_of_type(shape.type).most) + "\nTUPLTYPE " + k_tuples[shape.channels - 1] +
-                         "\nENDHDR\n");
+    file.write("P7\nWIDTH " + std::to_string(shape.width) + "\nHEIGHT " + std::to_string(shape.height) + "\nDEPTH " +
+               std::to_string(shape.channels) + "\nMAXVAL " + std::to_string(range_of_type(shape.type).most) +
+               "\nTUPLTYPE " + k_tuples[shape.channels - 1] + "\nENDHDR\n");
     write_samples(file, shape, samples);
 }
 

@@ -4,24 +4,21 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "failure.h"
+#include "json_output.h"
 #include "status_line.h"
 
 namespace qvr {
 
 namespace {
 
-using json = nlohmann::ordered_json;
-
 constexpr auto k_line_interval = std::chrono::milliseconds(100);
 constexpr auto k_json_interval = std::chrono::milliseconds(500);
 
-void print_json(const json& event) {
-    // File names may hold bytes that are no UTF-8.
-    print_message(event.dump(-1, ' ', false, json::error_handler_t::replace) + "\n");
+void print_event(const json& event) {
+    print_message(json_line(event));
 }
 
 template <class Value>
@@ -55,7 +52,7 @@ std::string bar_text(double part) {
 
 progress::form progress::parse(const std::string& mode, bool quiet) {
     if (mode == "json") {
-        return form::json;
+        return form::events;
     }
     if (mode != "auto" && mode != "none") {
         fail_usage("--progress " + mode + ": there is no such form", "there are auto, json and none");
@@ -66,15 +63,15 @@ progress::form progress::parse(const std::string& mode, bool quiet) {
 progress::progress(form shown, std::string task, std::string what, std::optional<unsigned long long> total,
                    unsigned long long kept, const work_plan& plan)
     : shown_as(shown), task_name(std::move(task)), file(std::move(what)), total_frames(total), frames_kept(kept) {
-    if (shown_as == form::json) {
-        print_json({{"event", "start"},
-                    {"schema", "qvr-progress/1"},
-                    {"task", task_name},
-                    {"output", file},
-                    {"frames_total", or_null(total_frames)},
-                    {"frames_kept", frames_kept},
-                    {"jobs", plan.jobs},
-                    {"threads", plan.threads}});
+    if (shown_as == form::events) {
+        print_event({{"event", "start"},
+                     {"schema", "qvr-progress/1"},
+                     {"task", task_name},
+                     {"output", file},
+                     {"frames_total", or_null(total_frames)},
+                     {"frames_kept", frames_kept},
+                     {"jobs", plan.jobs},
+                     {"threads", plan.threads}});
     }
 }
 
@@ -105,11 +102,11 @@ void progress::frame_done(unsigned long long number, std::uint64_t bytes) {
 
 void progress::frame_lost(unsigned long long number, const failure& problem) {
     ++frames_lost;
-    if (shown_as == form::json) {
-        print_json({{"event", "frame_failed"},
-                    {"frame", number},
-                    {"message", problem.message()},
-                    {"hint", problem.hint().empty() ? json(nullptr) : json(problem.hint())}});
+    if (shown_as == form::events) {
+        print_event({{"event", "frame_failed"},
+                     {"frame", number},
+                     {"message", problem.message()},
+                     {"hint", problem.hint().empty() ? json(nullptr) : json(problem.hint())}});
     } else {
         print_message(problem.text());
     }
@@ -156,24 +153,24 @@ void progress::show_line() const {
 void progress::show_json() const {
     const double spent = seconds();
     const std::optional<double> left = seconds_left();
-    print_json({{"event", "progress"},
-                {"frame", last_number},
-                {"frames_done", frames_done},
-                {"frames_lost", frames_lost},
-                {"raw_bytes", raw_bytes},
-                {"seconds", rounded(spent)},
-                {"frames_per_second", spent > 0 ? rounded(static_cast<double>(frames_done) / spent) : 0.0},
-                {"seconds_left", left ? json(rounded(*left)) : json(nullptr)}});
+    print_event({{"event", "progress"},
+                 {"frame", last_number},
+                 {"frames_done", frames_done},
+                 {"frames_lost", frames_lost},
+                 {"raw_bytes", raw_bytes},
+                 {"seconds", rounded(spent)},
+                 {"frames_per_second", spent > 0 ? rounded(static_cast<double>(frames_done) / spent) : 0.0},
+                 {"seconds_left", left ? json(rounded(*left)) : json(nullptr)}});
 }
 
 void progress::end() {
-    if (shown_as == form::json) {
-        print_json({{"event", "end"},
-                    {"frames_kept", frames_kept},
-                    {"frames_done", frames_done},
-                    {"frames_lost", frames_lost},
-                    {"raw_bytes", raw_bytes},
-                    {"seconds", rounded(seconds())}});
+    if (shown_as == form::events) {
+        print_event({{"event", "end"},
+                     {"frames_kept", frames_kept},
+                     {"frames_done", frames_done},
+                     {"frames_lost", frames_lost},
+                     {"raw_bytes", raw_bytes},
+                     {"seconds", rounded(seconds())}});
     }
 }
 

@@ -15,7 +15,7 @@ namespace qvr {
 // Used from one thread.
 class progress {
   public:
-    enum class form { none, line, json };
+    enum class form { none, line, events };
 
     // mode: what --progress was given: "auto", "json" or "none".
     static form parse(const std::string& mode, bool quiet);

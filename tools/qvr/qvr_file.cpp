@@ -76,4 +76,19 @@ bool frame_reader::skip() {
     return true;
 }
 
+void frame_reader::find(unsigned long long wanted) {
+    while (whole_frames < wanted && skip()) {
+    }
+    if (whole_frames < wanted || !next()) {
+        require_some();
+        refuse_frame(file.name(), wanted, whole_frames);
+    }
+}
+
+void frame_reader::require_some() const {
+    if (start == 0) {
+        refuse_empty(file.name());
+    }
+}
+
 }  // namespace qvr

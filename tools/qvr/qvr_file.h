@@ -22,6 +22,10 @@ class frame_reader {
     bool next();
     // The same without reading more of the frame than its size; bytes() then holds only the header.
     bool skip();
+    // Reads this frame, passing over those before it. A usage failure when the file holds fewer.
+    void find(unsigned long long wanted);
+    // At the end of the file: a data failure when there was no frame in it.
+    void require_some() const;
 
     bytes_view bytes() const { return {buffer.data(), std::min(buffer.size(), size)}; }
     // Of the frame in the file.
@@ -29,6 +33,7 @@ class frame_reader {
     // Gives the frame's bytes away, for a buffer that is read into next.
     void exchange_buffer(std::vector<std::uint8_t>& with) { buffer.swap(with); }
     unsigned long long number() const { return index; }
+    unsigned long long next_number() const { return whole_frames; }
     std::uint64_t offset() const { return start; }
     location place() const { return {file.name(), frame_spot(index, start)}; }
     bool more() { return !file.at_end(); }

@@ -23,7 +23,8 @@ class qvr_source : public frame_source {
         : file(std::move(from)), reader(*file), codec(asked.threads), request(asked) {}
 
     bool next(frame& to) override {
-        if (!read()) {
+        if (!reader.next()) {
+            reader.require_some();
             return false;
         }
         const frame_layout own = codec.read_layout(reader.bytes(), reader.place());
@@ -34,7 +35,7 @@ class qvr_source : public frame_source {
 
     std::uint64_t skip(std::uint64_t count) override {
         std::uint64_t skipped = 0;
-        while (skipped < count && read()) {
+        while (skipped < count && reader.skip()) {
             ++skipped;
         }
         return skipped;
@@ -44,18 +45,6 @@ class qvr_source : public frame_source {
     location last_place() const override { return reader.place(); }
 
   private:
-    bool read() {
-        const bool first = reader.number() == 0 && reader.offset() == 0 && reader.bytes().size == 0;
-        if (reader.next()) {
-            return true;
-        }
-        if (first) {
-            throw failure(exit_code::data, {file->name(), {}}, "there is no frame in it: the file is empty",
-                          "what was to write it has failed, or is not done yet");
-        }
-        return false;
-    }
-
     std::unique_ptr<input_file> file;
     frame_reader reader;
     decoder codec;

@@ -25,7 +25,7 @@ class raw_source : public frame_source {
         }
         const std::size_t got = file->read_into(to.samples, 0, frame_bytes);
         if (got == 0 && count == 0) {
-            throw failure(exit_code::data, {file->name(), {}}, "there is no frame in it: the file is empty");
+            refuse_empty(file->name());
         }
         if (got == 0) {
             return false;

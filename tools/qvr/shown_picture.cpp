@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <algorithm>
-#include <charconv>
 #include <cmath>
-#include <system_error>
 
 #include "failure.h"
+#include "numbers.h"
 #include "sheet.h"
 
 namespace qvr {
@@ -25,10 +24,8 @@ std::uint32_t packed(const float (&levels)[3]) {
 
 sheet_scale parse_scale(const std::string& text) {
     const bool shrinks = text.rfind("1/", 0) == 0;
-    std::uint32_t by = 0;
-    const char* end = text.data() + text.size();
-    const auto result = std::from_chars(text.data() + (shrinks ? 2 : 0), end, by);
-    if (result.ec != std::errc() || result.ptr != end || by == 0 || by > k_most_scale) {
+    const std::uint32_t by = parse_number<std::uint32_t>(std::string_view(text).substr(shrinks ? 2 : 0)).value_or(0);
+    if (by == 0 || by > k_most_scale) {
         fail_usage("--scale " + text + ": this is not a scale",
                    "write 1/4 for a quarter, or 3 for three times the size");
     }

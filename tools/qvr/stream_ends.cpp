@@ -69,7 +69,8 @@ class stream_input : public frame_input {
     }
 
     bool read(frame_job& to) override {
-        if (!next()) {
+        if (!reader.next()) {
+            reader.require_some();
             return false;
         }
         ++read_frames;
@@ -91,17 +92,6 @@ class stream_input : public frame_input {
     codec_time time() const override { return sum_of_times(decoders); }
 
   private:
-    bool next() {
-        if (reader.next()) {
-            return true;
-        }
-        if (reader.offset() == 0) {
-            throw failure(exit_code::data, {file.name(), {}}, "there is no frame in it: the file is empty",
-                          "what was to write it has failed, or is not done yet");
-        }
-        return false;
-    }
-
     std::string path;
     stream_choice describe;
     input_file file;

@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* k_magic = "YUV4MPEG2";
 constexpr const char* k_frame = "FRAME";
-constexpr const char* k_damaged = "the file is damaged or was cut short; nothing behind this place can be found";
+constexpr const char* k_lost = "the file is damaged or was cut short; nothing behind this place can be found";
 constexpr std::size_t k_most_line = 10000;
 
 class y4m_source : public frame_source {
@@ -24,7 +24,7 @@ class y4m_source : public frame_source {
         std::string line;
         if (!read_line(line) || line.compare(0, std::char_traits<char>::length(k_magic), k_magic) != 0) {
             throw failure(exit_code::data, place, std::string("this is no Y4M file: it does not begin with ") + k_magic,
-                          k_damaged);
+                          k_lost);
         }
         head = parse_y4m_header(line, file->name());
         require_same_format(request);
@@ -88,7 +88,7 @@ class y4m_source : public frame_source {
     // Frames are found by their size alone: behind damage there are none.
     [[noreturn]] void fail(const std::string& what) {
         broken = true;
-        throw failure(exit_code::data, place, what, k_damaged);
+        throw failure(exit_code::data, place, what, k_lost);
     }
 
     // False at the end of the file.
@@ -117,8 +117,7 @@ class y4m_source : public frame_source {
         std::string line;
         if (!read_line(line)) {
             if (count == 0) {
-                throw failure(exit_code::data, {file->name(), {}}, "there is no frame in it",
-                              "the file is damaged or was cut short");
+                throw failure(exit_code::data, {file->name(), {}}, "there is no frame in it", k_damaged);
             }
             return false;
         }
@@ -204,7 +203,7 @@ class y4m_sink : public frame_sink {
         const std::string line = header_of(from.layout);
         if (header.empty()) {
             header = line;
-            write_text(header + "\n");
+            file.write(header + "\n");
         }
         if (line != header) {
             throw failure(
@@ -215,7 +214,7 @@ class y4m_sink : public frame_sink {
         const unsigned depth = y4m_depth(from.layout.componentType);
         planar.resize(std::max(planar.size(), from.bytes));
         to_y4m(from.layout, depth, from.samples.data(), planar.data());
-        write_text(std::string(k_frame) + "\n");
+        file.write(std::string(k_frame) + "\n");
         file.write(planar.data(), from.bytes);
     }
 
@@ -239,10 +238,6 @@ class y4m_sink : public frame_sink {
     }
 
   private:
-    void write_text(const std::string& text) {
-        file.write(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
-    }
-
     std::uint32_t natural_order(const frame_layout& own, const location& where) const {
         const order_info* order = find_order(own.colorComponentOrder);
         const bool colours = !order || *order->channels != '\0';

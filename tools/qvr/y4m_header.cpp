@@ -4,17 +4,14 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <charconv>
-#include <system_error>
 #include <utility>
 
+#include "numbers.h"
 #include "y4m_planes.h"
 
 namespace qvr {
 
 namespace {
-
-constexpr const char* k_damaged = "the file is damaged or was cut short";
 
 // Depths of samples that have a type of their own.
 struct depth_row {
@@ -38,19 +35,10 @@ std::uint32_t type_of_depth(unsigned depth) {
     return QVRUncompressed_TypeU16;
 }
 
-std::optional<std::uint32_t> as_number(const std::string& text) {
-    std::uint32_t value = 0;
-    const char* end = text.data() + text.size();
-    const auto read = std::from_chars(text.data(), end, value);
-    return read.ec == std::errc() && read.ptr == end ? std::optional<std::uint32_t>(value) : std::nullopt;
-}
-
 // "30000:1001"
 std::optional<frame_rate> as_ratio(const std::string& text) {
-    const std::size_t colon = std::min(text.find(':'), text.size());
-    const std::optional<std::uint32_t> first = as_number(text.substr(0, colon));
-    const std::optional<std::uint32_t> second = as_number(text.substr(std::min(colon + 1, text.size())));
-    return first && second ? std::optional<frame_rate>({*first, *second}) : std::nullopt;
+    const auto read = parse_pair<std::uint32_t>(text, ":");
+    return read ? std::optional<frame_rate>({read->first, read->second}) : std::nullopt;
 }
 
 bool same_letters(const std::string& a, const std::string& b) {
@@ -134,7 +122,7 @@ class header_parser {
     }
 
     std::uint32_t dimension(char key, const std::string& value) const {
-        const std::optional<std::uint32_t> number = as_number(value);
+        const std::optional<std::uint32_t> number = parse_number<std::uint32_t>(value);
         if (!number || *number == 0) {
             fail(key, value);
         }
@@ -183,7 +171,7 @@ class header_parser {
                 kind.order == QVRUncompressed_OrderPlanar420 && (value == "420mpeg2" || value == "420paldv");
             const bool is_8_bit = value == kind.tag || value == kind.tag_8_bit || siting;
             const std::optional<std::uint32_t> depth = kind.depth_mark && value.compare(0, deep.size(), deep) == 0
-                                                           ? as_number(value.substr(deep.size()))
+                                                           ? parse_number<std::uint32_t>(value.substr(deep.size()))
                                                            : std::nullopt;
             if (is_8_bit || (depth && *depth >= 8 && *depth <= 16)) {
                 require_common_siting(value);
