@@ -75,12 +75,14 @@ struct vector_narrow {
     template <unsigned bits, bool swaps>
     static void narrow_row(const std::uint8_t* words, std::size_t samples, std::uint8_t* high, std::uint8_t* low) {
         constexpr std::size_t block = k_squeezed<bits>;
-        for (; samples >= block; samples -= block) {
-            narrow_block<bits, swaps>(words, high, low);
-            words += 2 * block;
-            high += block;
-            low += k_bytes;
-        }
+        const std::size_t lead = units_to_alignment(high, k_in_a_byte<bits>, k_bytes) * k_in_a_byte<bits>;
+        samples = run_blocks(
+            samples, block, lead, [&](std::size_t count) __attribute__((always_inline)) {
+                narrow_block<bits, swaps>(words, high, low);
+                words += 2 * count;
+                high += count;
+                low += count / k_in_a_byte<bits>;
+            });
         if (samples != 0) {
             std::uint8_t in[2 * block] = {};
             std::uint8_t out[block + k_bytes];

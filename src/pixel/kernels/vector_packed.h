@@ -164,13 +164,14 @@ struct vector_packed {
     static void widen_10_packed(const std::uint8_t* high, const std::uint8_t* low, std::size_t width,
                                 std::uint8_t* packed) {
         constexpr std::size_t block = packed_groups::k_count;
-        std::size_t groups = width / k_packed_pixels;
-        for (; groups >= block; groups -= block) {
+        const std::size_t lead = units_to_alignment(packed, k_packed_group_bytes, k_bytes);
+        const auto widen_some = [&](std::size_t count) __attribute__((always_inline)) {
             widen_packed_block(high, low, packed);
-            high += block * k_packed_group_samples;
-            low += block * k_packed_group_low_bytes;
-            packed += block * k_packed_group_bytes;
-        }
+            high += count * k_packed_group_samples;
+            low += count * k_packed_group_low_bytes;
+            packed += count * k_packed_group_bytes;
+        };
+        const std::size_t groups = run_blocks(width / k_packed_pixels, block, lead, widen_some);
         if (groups != 0) {
             std::uint8_t in[block * (k_packed_group_samples + k_packed_group_low_bytes)] = {};
             std::uint8_t out[block * k_packed_group_bytes];

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "pixel/kernels/row_kernels.h"
+#include "pixel/kernels/store_alignment.h"
 
 template <class V>
 struct vector_reorder {
@@ -89,13 +90,16 @@ struct vector_reorder {
     static void pack_row(const reorder_rule& rule, const std::uint8_t* caller, std::size_t groups, std::uint8_t* colour,
                          std::uint8_t* alpha) {
         const shuffles<Shape> by(rule.blocks.pack);
-        std::size_t left = groups * rule.group_bytes / Shape::k_ins;  // bytes of one of the block's vectors, all lanes
-        for (; left >= k_bytes; left -= k_bytes) {
-            pack_block<Shape, colours, keeps_alpha>(caller, by, colour, alpha);
-            caller += Shape::k_ins * k_bytes;
-            colour += colours * k_bytes;
-            alpha += keeps_alpha ? k_bytes : 0;
-        }
+        // Counted in bytes of one of the block's vectors, all lanes.
+        const std::size_t lead = units_to_alignment(colour, rule.colour_bytes, k_bytes);
+        const std::size_t left = run_blocks(
+            groups * rule.group_bytes / Shape::k_ins, k_bytes,
+            lead * rule.group_bytes / Shape::k_ins, [&](std::size_t bytes) __attribute__((always_inline)) {
+                pack_block<Shape, colours, keeps_alpha>(caller, by, colour, alpha);
+                caller += Shape::k_ins * bytes;
+                colour += colours * bytes;
+                alpha += keeps_alpha ? bytes : 0;
+            });
         if (left != 0) {
             std::uint8_t in[Shape::k_ins * k_bytes] = {};
             std::uint8_t out[(colours + 1) * k_bytes];
@@ -113,13 +117,15 @@ struct vector_reorder {
                            std::size_t groups, std::uint8_t* caller) {
         constexpr bool has_alpha = Shape::k_ins > colours;
         const shuffles<Shape> by(rule.blocks.unpack);
-        std::size_t left = groups * rule.group_bytes / Shape::k_outs;
-        for (; left >= k_bytes; left -= k_bytes) {
-            unpack_block<Shape, colours>(colour, alpha, by, caller);
-            caller += Shape::k_outs * k_bytes;
-            colour += colours * k_bytes;
-            alpha += has_alpha ? k_bytes : 0;
-        }
+        const std::size_t lead = units_to_alignment(caller, rule.group_bytes, k_bytes);
+        const std::size_t left = run_blocks(
+            groups * rule.group_bytes / Shape::k_outs, k_bytes,
+            lead * rule.group_bytes / Shape::k_outs, [&](std::size_t bytes) __attribute__((always_inline)) {
+                unpack_block<Shape, colours>(colour, alpha, by, caller);
+                caller += Shape::k_outs * bytes;
+                colour += colours * bytes;
+                alpha += has_alpha ? bytes : 0;
+            });
         if (left != 0) {
             std::uint8_t in[(colours + 1) * k_bytes] = {};
             std::uint8_t out[Shape::k_outs * k_bytes];

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <numeric>
 #include <utility>
 
 #include "pixel/kernels/vector_narrow.h"
@@ -50,12 +51,14 @@ struct vector_widen {
     template <unsigned bits>
     static void widen(const std::uint8_t* high, const std::uint8_t* low, std::size_t samples, std::uint8_t* words) {
         const low_bits<bits> lows;
-        for (; samples >= k_words; samples -= k_words) {
-            (V::spread_8_to_16(high) | lows(low)).store(words);
-            words += k_bytes;
-            high += k_words;
-            low += k_low_part<bits>;
-        }
+        const std::size_t lead = units_to_alignment(words, 2 * 8 / bits, k_bytes) * 8 / bits;
+        samples = run_blocks(
+            samples, k_words, lead, [&](std::size_t count) __attribute__((always_inline)) {
+                (V::spread_8_to_16(high) | lows(low)).store(words);
+                words += 2 * count;
+                high += count;
+                low += count * bits / 8;
+            });
         if (samples != 0) {
             std::uint8_t in[2 * k_words] = {};
             std::uint8_t out[k_bytes];
@@ -88,13 +91,15 @@ struct vector_widen {
         constexpr std::size_t block = Shape::k_ins * k_words;  // samples
         const typename reorder::template shuffles<Shape> by(rule.blocks.unpack);
         const low_bits<bits> lows;
-        std::size_t samples = groups * rule.map.samples;
-        for (; samples >= block; samples -= block) {
+        const unsigned unit = std::lcm(rule.map.samples, 8 / bits);  // whole groups and whole bytes of low bits
+        const std::size_t lead = units_to_alignment(caller, 2 * unit, k_bytes) * unit;
+        const auto widen_some = [&](std::size_t count) __attribute__((always_inline)) {
             widen_unpack_block<Shape, bits>(lows, by, high, low, caller);
-            high += block;
-            low += Shape::k_ins * k_low_part<bits>;
-            caller += 2 * block;
-        }
+            high += count;
+            low += count * bits / 8;
+            caller += 2 * count;
+        };
+        const std::size_t samples = run_blocks(groups * rule.map.samples, block, lead, widen_some);
         if (samples != 0) {
             std::uint8_t in[2 * block] = {};
             std::uint8_t out[2 * block];
@@ -115,11 +120,13 @@ struct vector_widen {
 
     static void fixed_to_float(const std::uint8_t* words, std::size_t samples, std::uint8_t* floats) {
         constexpr std::size_t block = k_bytes / 4;
-        for (; samples >= block; samples -= block) {
-            V::spread_16_to_32(words).fixed_to_float().store(floats);
-            words += 2 * block;
-            floats += 4 * block;
-        }
+        const std::size_t lead = units_to_alignment(floats, sizeof(float), k_bytes);
+        samples = run_blocks(
+            samples, block, lead, [&](std::size_t count) __attribute__((always_inline)) {
+                V::spread_16_to_32(words).fixed_to_float().store(floats);
+                words += 2 * count;
+                floats += 4 * count;
+            });
         if (samples != 0) {
             std::uint8_t in[2 * block] = {};
             std::uint8_t out[4 * block];
