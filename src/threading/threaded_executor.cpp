@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "threading/threaded_executor.h"
 
+#include <unistd.h>
+
 #include <utility>
 
-threaded_executor::threaded_executor(std::uint32_t worker_count) {
+threaded_executor::threaded_executor(std::uint32_t worker_count) : process(getpid()) {
     // One worker at a time: a count that the machine cannot serve fails on the first thread too many, before memory for
     // all of them has been asked for.
     try {
@@ -20,7 +22,18 @@ threaded_executor::threaded_executor(std::uint32_t worker_count) {
 }
 
 threaded_executor::~threaded_executor() {
-    stop_workers();
+    if (!is_forked()) {
+        stop_workers();
+        return;
+    }
+    for (auto& each : workers) {
+        static_cast<void>(each.release());
+    }
+    static_cast<void>(signal.release());
+}
+
+bool threaded_executor::is_forked() const {
+    return !workers.empty() && getpid() != process;
 }
 
 void threaded_executor::stop_workers() noexcept {
@@ -28,7 +41,7 @@ void threaded_executor::stop_workers() noexcept {
         const std::lock_guard<std::mutex> lock(mutex);
         stop = true;
     }
-    wake.notify_all();
+    signal->wake.notify_all();
     for (const auto& each : workers) {
         if (each->thread.joinable()) {
             each->thread.join();
@@ -59,8 +72,8 @@ void threaded_executor::wait() {
         return;
     }
     running = true;
-    wake.notify_all();
-    batch_done.wait(lock, [this] { return pending == 0; });
+    signal->wake.notify_all();
+    signal->batch_done.wait(lock, [this] { return pending == 0; });
     running = false;
     if (first_error) {
         std::rethrow_exception(std::exchange(first_error, nullptr));
@@ -70,7 +83,7 @@ void threaded_executor::wait() {
 void threaded_executor::run_worker(worker& self) {
     std::unique_lock<std::mutex> lock(mutex);
     for (;;) {
-        wake.wait(lock, [&] { return stop || (running && !self.queue.empty()); });
+        signal->wake.wait(lock, [&] { return stop || (running && !self.queue.empty()); });
         if (stop) {
             return;
         }
@@ -82,7 +95,7 @@ void threaded_executor::run_worker(worker& self) {
         // cannot miss the signal between its test and its sleep.
         pending -= count;
         if (pending == 0) {
-            batch_done.notify_one();
+            signal->batch_done.notify_one();
         }
     }
 }

@@ -8,6 +8,8 @@
 //   idle ----submit()----> loaded ----wait()----> running ----last task done----> idle
 //     \_______________________\____________ destructor ____________________________/----> stopped
 //
+// The child of a fork has no workers: there callers do the whole job, and the destructor waits for nobody.
+//
 // Workers sleep in "idle" and "loaded"; submit() wakes nobody. Everything the workers and the client share is guarded
 // by one mutex, except that a worker runs and pops its own queue without it: nothing is pushed while a batch runs.
 #pragma once
@@ -35,7 +37,7 @@ class threaded_executor {
     threaded_executor& operator=(const threaded_executor&) = delete;
 
     // Below 2, callers do the whole job on their own thread.
-    std::size_t thread_count() const { return workers.size(); }
+    std::size_t thread_count() const { return is_forked() ? 0 : workers.size(); }
 
     // Adds a task to the batch. Only on the client's thread, while no batch runs, and only with workers.
     void submit(task work);
@@ -52,6 +54,13 @@ class threaded_executor {
         std::thread thread;
     };
 
+    // What the threads wait for. Apart, because the child of a fork may not destroy it: it would wait for its waiters.
+    struct signals {
+        std::condition_variable wake;
+        std::condition_variable batch_done;
+    };
+
+    bool is_forked() const;
     void run_worker(worker& self);
     void run_queue(std::vector<task>& queue);
     void stop_workers() noexcept;
@@ -61,8 +70,8 @@ class threaded_executor {
     std::uint64_t pending = 0;       // submitted and not yet accounted for by a worker
     std::exception_ptr first_error;  // of this batch; later ones are dropped
     std::mutex mutex;
-    std::condition_variable wake;
-    std::condition_variable batch_done;
+    std::unique_ptr<signals> signal = std::make_unique<signals>();
     bool stop = false;
     bool running = false;
+    int process = 0;  // that made the workers
 };

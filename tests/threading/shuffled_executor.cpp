@@ -39,6 +39,10 @@ threaded_executor::threaded_executor(std::uint32_t worker_count) {
 
 threaded_executor::~threaded_executor() = default;
 
+bool threaded_executor::is_forked() const {
+    return false;
+}
+
 void threaded_executor::submit(task work) {
     workers[0]->queue.push_back(std::move(work));
 }
