@@ -140,7 +140,8 @@ def tools_rows(function, row):
 
 
 def test_names_of_formats_are_those_of_the_tool():
-    rows = tools_rows("all_named_formats", r'"(\w+)",\s*QVRUncompressed_Order(\w+),\s*QVRUncompressed_Type(\w+)')
+    row = r'"(\w+)",\s*QVRUncompressed_Order(\w+),\s*QVRUncompressed_Type(\w+)'
+    rows = tools_rows("all_named_formats", row)
     named = {name.lower(): (qvr.Order[order], qvr.Type[type]) for name, order, type in rows}
     assert len(named) > 30
     orders = {name.lower() for name in qvr.Order.__members__}
@@ -169,7 +170,7 @@ def test_words_of_uyvy_are_v210():
 
 @pytest.mark.parametrize("order, dtype, message", [
     ("RGB", np.uint16, "samples of dtype uint16 can be any of U16, U10, U12: say which with type="),
-    ("RGB", np.float64, "order RGB takes uint8, uint16, float16, float32 or int16, not float64: convert it with astype()"),
+    ("RGB", float, "order RGB takes uint8, uint16, float16, float32 or int16, not float64: convert it with astype()"),
     ("RGB", bool, "order RGB takes uint8, uint16, float16, float32 or int16, not bool: convert it with astype()"),
     ("RGB", ">u2", "order RGB takes uint8, uint16, float16, float32 or int16, not >u2: convert it with astype()"),
     ("I420", np.int16, "order I420 takes uint8, uint16, float16 or float32, not int16: convert it with astype()"),

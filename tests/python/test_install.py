@@ -43,7 +43,8 @@ def test_another_python_is_told_so(tmp_path):
     done = subprocess.run([sys.executable, "-c", "import qvruncompressed"], env=environment, capture_output=True,
                           text=True, cwd=tmp_path)
     message = "this Python is not the one that the package was built for"
-    assert done.returncode == 1 and f"\nImportError: {message}: No module named 'qvruncompressed._core'; " in done.stderr
+    assert done.returncode == 1
+    assert f"\nImportError: {message}: No module named 'qvruncompressed._core'; " in done.stderr
     # As docs/python.md quotes it.
     document = pathlib.Path(__file__).parents[2].joinpath("docs/python.md").read_text()
     assert message in " ".join(document.split())

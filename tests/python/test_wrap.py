@@ -70,7 +70,7 @@ def test_interlaced_frames():
 def test_alpha_must_be_a_plane():
     with pytest.raises(qvr.ArgumentError, match="got shape .2, 2, 4. and dtype uint8$"):
         qvr.wrap(qcx(2, 2), np.zeros((2, 2, 4), np.uint8))
-    with pytest.raises(qvr.ArgumentError, match="^order Alpha takes uint8 or uint16, not float32: convert it with astype..$"):
+    with pytest.raises(qvr.ArgumentError, match="^order Alpha takes uint8 or uint16, not float32: convert"):
         qvr.wrap(qcx(2, 2), np.zeros((2, 2), np.float32))
 
 
@@ -93,7 +93,7 @@ def test_chunks_come_back(rng, sizes):
     ([b"1"], (1 << 32, 0), "order Alpha, type U8: a frame of 4294967296x0 is too large; it must stay below 4 GiB"),
     ([bytes(100000)], (640.0, 360), "width must be a whole number, not float"),
     ([b"1"], (640, "360"), "height must be a whole number, not str"),
-    ([np.zeros((4, 4), np.uint8).T[:2]], (2, 2),
+    ([np.zeros((4, 4), np.uint8)[:, :2]], (2, 2),
      "this numpy.ndarray cannot be read as a run of bytes: it has gaps"),
     ([bytes(1)] + [memoryview(bytes(1 << 28))] * 16, (2, 2),
      "the payloads are too large: a frame holds less than 4 GiB"),

@@ -57,8 +57,8 @@ class byte_span {
 
   private:
     [[noreturn]] static void refuse(const pybind11::handle& object, const std::string& reason) {
-        raise("ArgumentError", std::string("this ") + Py_TYPE(object.ptr())->tp_name +
-                                   " cannot be read as a run of bytes: " + reason);
+        raise("ArgumentError",
+              std::string("this ") + Py_TYPE(object.ptr())->tp_name + " cannot be read as a run of bytes: " + reason);
     }
 
     // NumPy and others raise plain errors for arrays that they cannot lend, such as dates.

@@ -164,8 +164,8 @@ void decode(decoder& self, const fields& frame, const py::object& data, const py
 }
 
 // All payloads, and into dst the alpha plane that `frame` describes when they stand beside one. They are described
-// anew: the library writes as many bytes as the boxes have, so room is made for these and no others. For the same reason
-// the frame comes as bytes: nobody can change a box between the two.
+// anew: the library writes as many bytes as the boxes have, so room is made for these and no others. For the same
+// reason the frame comes as bytes: nobody can change a box between the two.
 std::vector<py::bytes> unwrap(decoder& self, const fields& frame, const py::bytes& data, const py::object& dst) {
     const params up = to_params(frame);
     const byte_span source(data, access::read);

@@ -12,8 +12,8 @@ namespace qvr {
 class without_interpreter {
   public:
     without_interpreter() : state(PyEval_SaveThread()) {}
-    // While the interpreter ends, a thread that wants its lock again is ended instead, by an unwinding that may not leave
-    // a destructor. What Python has lent must not be given back without the lock either, so the thread stays here.
+    // While the interpreter ends, a thread that wants its lock again is ended instead, by an unwinding that may not
+    // leave a destructor. What Python has lent must not be given back without the lock either, so the thread stays.
     ~without_interpreter() {
         try {
             PyEval_RestoreThread(state);

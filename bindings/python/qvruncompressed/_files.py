@@ -81,7 +81,7 @@ class Reader:
         return bytes(self._next())
 
     def close(self):
-        """Ends the decoder, and closes the file if the reader opened it. Later calls raise ArgumentError."""
+        """Ends the decoder, and closes the file if the reader opened it. Later calls are refused."""
         self._closed = True
         self._decoder.close()
         if self._ours:
@@ -152,7 +152,7 @@ class Writer:
     """Writes frames into a .qvr file, one after the other.
 
     file: a path, or a binary file object, which is not closed. A file gets its name when the writer is closed and is
-    PATH.part-PID-N until then, and it gets the mode of one that is replaced. An exception inside `with`, or a frame that
+    PATH.part-PID-N until then; it has the mode of the one that it replaces. An exception inside `with`, or a frame that
     could be written in part only, removes it and leaves what was there before.
     order, type and the options: as for Encoder.encode. threads: as for Encoder. count: frames written so far.
     A writer is for one thread at a time.
@@ -205,7 +205,7 @@ class Writer:
         self.count += 1
 
     def close(self):
-        """Ends the encoder; a file that the writer opened is closed and gets its name. Later calls raise ArgumentError."""
+        """Ends the encoder; a file that the writer opened is closed and gets its name. Later calls are refused."""
         self._end(keep=True)
 
     def _end(self, keep):
