@@ -118,8 +118,8 @@ def test_a_type_checker_understands_them(tmp_path):
                            "notebook.py", "use.py"], capture_output=True, text=True, cwd=tmp_path,
                           env=dict(environment, MYPYPATH=str(PACKAGE.parent)))
     said = [tuple(line.split(": ")[:3]) for line in done.stdout.splitlines()[:-1]]
-    array = 'Revealed type is "numpy.ndarray[Any, numpy.dtype[Any]]"'
-    assert said[:3] == [(f"use.py:{line}", "note", array) for line in (8, 9, 11)], done.stdout
+    assert [it[:2] for it in said[:3]] == [(f"use.py:{line}", "note") for line in (8, 9, 11)], done.stdout
+    assert all(it[2].startswith('Revealed type is "numpy.ndarray[') for it in said[:3]), done.stdout
     # Text and numbers of files are refused, and nothing else.
     assert [it[:2] for it in said[3:]] == [("use.py:18", "error"), ("use.py:19", "error")], done.stdout
 
