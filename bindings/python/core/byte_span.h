@@ -63,11 +63,11 @@ class byte_span {
 
     // NumPy and others raise plain errors for arrays that they cannot lend, such as dates.
     [[noreturn]] static void refuse_failed(const pybind11::handle& object) {
-        const pybind11::error_already_set error;
-        if (error.matches(PyExc_ValueError) || error.matches(PyExc_BufferError)) {
-            refuse(object, pybind11::str(error.value()));
+        if (PyErr_ExceptionMatches(PyExc_ValueError) == 0 && PyErr_ExceptionMatches(PyExc_BufferError) == 0) {
+            throw pybind11::error_already_set();
         }
-        throw error;
+        const pybind11::error_already_set error;
+        refuse(object, pybind11::str(error.value()));
     }
 
     Py_buffer view{};
