@@ -204,7 +204,7 @@ void add_view(command_line& to) {
     const auto options = std::make_shared<view_options>();
     argument_list list = to.add_command("view", k_about, [options] {
         require_distinct({{"IN", options->input}}, {{"OUT", options->output}});
-        require_name_of("png", options->output);
+        require_name_of("view", "png", options->output);
         viewing(*options).run();
     });
     list.explain(k_more);
