@@ -21,7 +21,8 @@
  *   a destination must not overlap. Sizes are bytes. The library reads only inside the sources and writes only inside
  *   the destinations it is told of, whatever bytes a bitstream holds.
  * - **Threads**: A handle serves one call at a time; different handles are independent. Functions without a handle may
- *   run on any number of threads at once. Worker threads belong to a handle and end with it.
+ *   run on any number of threads at once. Worker threads belong to a handle and end with it. In the child of a fork()
+ *   a handle works without them.
  * - **Errors**: Functions that return a status return one of #QVRUncompressed_Status. No exception leaves the library.
  *   With status #QVRUncompressed_StatusFailed the handle's error callback has had the message.
  * - **Failure**: A failed call leaves bytesWritten and every output record untouched (the one exception is noted at
@@ -144,7 +145,8 @@ enum QVRUncompressed_FrameLayout {
 
 /** Values of wrapType: what a wrapped payload is. */
 enum QVRUncompressed_WrapType {
-    QVRUncompressed_WrapQCX = 1,      /**< one compressed QCX frame beside an alpha plane; must be the only record */
+    QVRUncompressed_WrapQCX = 1,      /**< one frame of a compressed format, of which only size and interlacing in its
+                                         header are looked at, beside an alpha plane; must be the only record */
     QVRUncompressed_WrapStitched = 2, /**< a run of stitched chunks; reported for the first chunk */
     QVRUncompressed_WrapTile = 3      /**< reported on reading for each further stitched chunk */
 };
@@ -189,9 +191,9 @@ typedef struct QVRUncompressed_UncompressedParams_t {
     uint32_t height;              /**< rows; even for 4:2:0 when encoding */
     uint32_t rowBytes;            /**< bytes from row to row of the first or only plane, and of the alpha plane of order
                                      13; 0: the least, rows without a gap */
-    uint32_t frameLayout;         /**< a #QVRUncompressed_FrameLayout; not checked when encoding, but beside a QCX
-                                     frame: the low byte is stored, and a bitstream with any value but 0 and 1 is
-                                     refused when read; not looked at when decoding */
+    uint32_t frameLayout;         /**< a #QVRUncompressed_FrameLayout. Encoding stores its low byte unchecked, except
+                                     beside a QCX frame, which it must match. Reading refuses a bitstream that holds
+                                     neither 0 nor 1. Decoding ignores it */
     uint32_t rowBytes2;           /**< bytes from row to row of Cb and Cr (orders 10 and 13) or of the separate alpha
                                      plane (orders 15 and 16); 0: the least; otherwise not used */
 } QVRUncompressed_UncompressedParams_t;
@@ -247,16 +249,16 @@ QVRUNCOMPRESSED_API void QVRUncompressed_GetVersion(uint32_t* major, uint32_t* m
  * @defgroup sizes Buffer sizes
  * How many bytes a caller must have ready. No handle is needed, and any number of threads may ask at once.
  *
- * Each returns the low 32 bits of the exact number of bytes, and 0 on any failure (a null pointer, a wrong size field,
- * an unsupported pair of order and type). A frame of 4 GiB or more can be neither encoded nor decoded: a caller that
- * accepts any dimensions checks beforehand that its rows times the bytes of a row (16 x width at most, without padding)
- * stay below 4 GiB.
+ * Each returns the low 32 bits of the exact number of bytes, and 0 for a null pointer or a wrong size field; those for
+ * bitstreams also for a pair of order and type that is not supported, which is how to ask whether a pair is. A frame of
+ * 4 GiB or more can be neither encoded nor decoded: a caller that accepts any dimensions checks beforehand that its rows
+ * times the bytes of a row (16 x width at most, without padding) stay below 4 GiB.
  * @{
  */
 
 /**
  * Bytes of the raw frame that up describes: the least source size for encoding and destination size for decoding.
- * Nothing is checked: odd dimensions and strides too small still give a number.
+ * Nothing is checked: odd dimensions, strides too small and pairs that are not supported still give a number.
  *
  * @param up  the frame
  * @return bytes, modulo 2^32; 0 when up is null or its size field is wrong

@@ -73,6 +73,7 @@ def all_documents():
     documents += lines_of("unwrap", "b.qvr", "--into", "parts", "--json")
     documents += lines_of("convert", "a.qvr", "d.qvr", "--json", "-q")
     documents += lines_of("join", "a.qvr", "d.qvr", "-o", "e.qvr", "--json", "-q")
+    documents += lines_of("view", "a.qvr", "-o", "sheet.png", "--json", "-q")
     documents += lines_of("formats", "--json")
     documents += lines_of("bench", "--size", "64x32", "--seconds", "0", "--order", "RGBA", "--json")
     damaged = box(b"pack", plane(b"what"), box(b"sdat", bytes(3)), b"xyz")

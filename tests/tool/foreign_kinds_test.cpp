@@ -50,11 +50,17 @@ TEST(foreign_kinds, a_file_has_no_name_of_another_kind) {
     EXPECT_EQ(folder.qvr({"view", "clip.qvr", "-o", "sheet"}).code, 0);
 }
 
-TEST(foreign_kinds, encode_writes_no_numbered_sequence) {
+TEST(foreign_kinds, one_file_is_no_numbered_sequence) {
     const scratch_folder folder;
+    make_rgb_clip(folder, "clip.qvr", 1);
     write_picture(folder.file("a.png"), make_picture(colours::rgb, 8, 4, 2));
-    expect_failure(folder, {"encode", "a.png", "o.%03d.qvr"}, 2,
-                   "o.%03d.qvr: 'encode' writes one file, not a numbered sequence", "'qvr convert' writes one");
+    const std::string message = " writes one file, not a numbered sequence";
+    const std::string hint = "'qvr convert' writes one";
+    expect_failure(folder, {"encode", "a.png", "o.%03d.qvr"}, 2, "o.%03d.qvr: 'encode'" + message, hint);
+    expect_failure(folder, {"join", "clip.qvr", "-o", "o.%03d.qvr"}, 2, "o.%03d.qvr: 'join'" + message, hint);
+    expect_failure(folder, {"wrap", "o.%d.qvr", "--size", "4x2", "--tiles", "a.png"}, 2, "o.%d.qvr: 'wrap'" + message,
+                   hint);
+    expect_failure(folder, {"view", "clip.qvr", "-o", "o.%03d.png"}, 2, "o.%03d.png: 'view'" + message, hint);
     expect_silent(folder, {"encode", "a.png", "100%.qvr"});
 }
 

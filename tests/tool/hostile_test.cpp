@@ -64,6 +64,9 @@ TEST(hostile, a_png_asks_for_no_more_than_its_bytes_can_hold) {
     expect_told(
         folder, 1, {"encode", "a.png", "a.qvr"},
         "qvr: a.png: cannot read the PNG: the file is too small for a picture of the size that its header says");
+    const outcome piped = folder.qvr({"encode", "-", "a.qvr"}, file);
+    EXPECT_EQ(piped.code, 1);
+    EXPECT_TRUE(holds(piped.err, "the file is too small for a picture of the size that its header says")) << piped.err;
 }
 
 TEST(hostile, black_pictures_are_not_too_small) {

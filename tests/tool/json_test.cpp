@@ -116,6 +116,14 @@ TEST(json_result, wrap_and_unwrap_tell_what_they_made) {
                   "raw_bytes": 30, "payloads": 2, "payload_bytes": 30, "alpha_planes": 0})"));
 }
 
+TEST(json_result, view_tells_what_it_shows) {
+    const scratch_folder folder;
+    make_rgb_clip(folder, "clip.qvr", 2);
+    EXPECT_EQ(result_of(folder, {"view", "clip.qvr", "-o", "sheet.png", "--frame", "1", "--json", "-q"}),
+              json::parse(R"({"schema": "qvr-result/1", "command": "view", "output": "sheet.png", "frames": 1,
+                  "raw_bytes": 24, "frame": 1, "offset": 61, "pictures": ["Picture"]})"));
+}
+
 TEST(json_result, frames_and_json_never_share_standard_output) {
     const scratch_folder folder;
     folder.write("clip.raw", noise(24));
@@ -124,6 +132,7 @@ TEST(json_result, frames_and_json_never_share_standard_output) {
     for (const std::vector<std::string>& arguments :
          {std::vector<std::string>{"encode", "clip.raw", "-", "--size", "4x2", "--order", "RGB24", "--json"},
           {"decode", "clip.qvr", "-", "--json"},
+          {"view", "clip.qvr", "-o", "-", "--json"},
           {"wrap", "-", "--size", "8x4", "--json", "--tiles", "a.bin"}}) {
         const outcome refused = folder.qvr(arguments);
         EXPECT_EQ(refused.code, 2);

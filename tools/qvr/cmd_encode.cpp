@@ -7,7 +7,6 @@
 #include "distinct.h"
 #include "frame_work.h"
 #include "json_output.h"
-#include "sequence.h"
 
 namespace qvr {
 
@@ -75,12 +74,7 @@ void run_encode(const encode_options& options) {
     }
     require_distinct({{"IN", options.input}},
                      {{"OUT", options.output}, {"--manifest", options.manifest}, {"--json", options.json ? "-" : ""}});
-    require_name_of("qvr", options.output);
-    if (sequence_pattern::parse(options.output)) {
-        fail_usage(options.output + ": 'encode' writes one file, not a numbered sequence",
-                   "'qvr convert' writes one: give it the same IN and OUT; a percent sign that is no number is written "
-                   "%%");
-    }
+    require_name_of("encode", "qvr", options.output);
     const layout_request request = options.layout.resolve();
     const compression how = make_compression(options.alpha_rle, options.slices);
     const auto open_input = [&] {

@@ -157,7 +157,7 @@ void add_join(command_line& to) {
         if (options->json) {
             require_free_output(options->output);
         }
-        require_name_of("qvr", options->output);
+        require_name_of("join", "qvr", options->output);
         require_other_files(*options);
         joining(*options).run();
     });

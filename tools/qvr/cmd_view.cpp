@@ -6,6 +6,7 @@
 #include "command.h"
 #include "containers.h"
 #include "distinct.h"
+#include "json_output.h"
 #include "qvr_file.h"
 #include "sheet_facts.h"
 
@@ -38,6 +39,7 @@ struct view_options {
     std::string scale;
     bool full = false;
     bool quiet = false;
+    bool json = false;
     std::string alpha = "straight";
     display_choice display;
 };
@@ -61,6 +63,9 @@ class viewing {
         : options(given), input(given.input), reader(input), codec(0), output(given.output) {}
 
     void run() {
+        if (options.json) {
+            require_free_output(options.output);
+        }
         reader.find(options.frame);
         tree = read_boxes(reader.bytes());
         const wrapped_contents found = codec.read_wrapped(reader.bytes(), reader.place());
@@ -80,9 +85,21 @@ class viewing {
         if (!options.quiet) {
             say(output.name() + ": " + made.title + ", " + made.subtitle);
         }
+        if (options.json) {
+            print_json_result();
+        }
     }
 
   private:
+    void print_json_result() const {
+        json pictures = json::array();
+        for (const sheet_pane& pane : made.panes) {
+            pictures.push_back(pane.caption);
+        }
+        print_result("view", options.output, 1, codec.time(),
+                     {{"frame", reader.number()}, {"offset", reader.offset()}, {"pictures", pictures}});
+    }
+
     void add_pictures(const wrapped_contents& found) {
         if (!found.records.empty()) {
             made.panes.push_back(card(found));
@@ -187,7 +204,7 @@ void add_view(command_line& to) {
     const auto options = std::make_shared<view_options>();
     argument_list list = to.add_command("view", k_about, [options] {
         require_distinct({{"IN", options->input}}, {{"OUT", options->output}});
-        require_name_of("png", options->output);
+        require_name_of("view", "png", options->output);
         viewing(*options).run();
     });
     list.explain(k_more);
@@ -201,6 +218,7 @@ void add_view(command_line& to) {
     list.flag("--full", options->full, "One pixel of the sheet for each of the frame, as --scale 1");
     list.excludes("--full", "--scale");
     list.flag("-q,--quiet", options->quiet, "Print nothing when all goes well");
+    list.flag("--json", options->json, k_json_help);
     add_meaning(list, *options);
 }
 

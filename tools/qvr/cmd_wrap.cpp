@@ -174,7 +174,7 @@ void run_wrap(wrap_options& options) {
     if (options.json) {
         require_free_output(options.output);
     }
-    require_name_of("qvr", options.output);
+    require_name_of("wrap", "qvr", options.output);
     require_other_files(options);
     payload_buffer inputs;
     frame beside;

@@ -161,7 +161,11 @@ const container& container_of_output(const std::string& path, const layout_reque
     return by_name ? *by_name : raw_container();
 }
 
-void require_name_of(const char* kind, const std::string& path) {
+void require_name_of(const char* command, const char* kind, const std::string& path) {
+    if (sequence_pattern::parse(path)) {
+        fail_usage(path + ": '" + command + "' writes one file, not a numbered sequence",
+                   "'qvr convert' writes one; a percent sign that is no number is written %%");
+    }
     const container* by_name = container_by_extension(path);
     const char* said = by_name ? by_name->called : foreign_by_ending(path);
     const container& written = named_container(kind, "");

@@ -36,8 +36,9 @@ const container& container_of_input(const std::string& path, input_file& file, c
 // The kind of file that an output becomes.
 const container& container_of_output(const std::string& path, const layout_request& request);
 
-// Refuses an output whose name says that it is of another kind than the one, by its name in the table, that it becomes.
-void require_name_of(const char* kind, const std::string& path);
+// Refuses an output whose name says that it is of another kind than the one, by its name in the table, that it becomes,
+// or that it is many files: the command writes one.
+void require_name_of(const char* command, const char* kind, const std::string& path);
 
 // Opens what a path names: a file, "-" for standard input, or a numbered sequence of files as in "frame.%07d.png".
 // The kind of file is the one of the request, else raw frames when the request has a size, else what the first bytes

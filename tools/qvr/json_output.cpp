@@ -18,7 +18,7 @@ json name_or_null(const Row* row) {
 
 }  // namespace
 
-const char* const k_json_help = "Print JSON for programs on standard output, a line a document: see docs/json.md";
+const char* const k_json_help = "Print JSON for programs on standard output, a line a document that names its schema";
 
 json json_document(const char* schema) {
     return {{"schema", schema}};

@@ -33,6 +33,11 @@ writes and checks it.
 looks for
 .I PART.manifest
 beside each part.
+.TP
+.I PREFIX/share/qvruncompressed/schema/*.schema.json
+JSON Schemas of what
+.B \-\-json
+prints; each document names its own.
 )";
 
 std::string escaped(const std::string& text) {

@@ -35,10 +35,12 @@ picture shape_of(const frame_layout& layout);
 // The bytes of all samples. A data failure when they pass 4 GiB.
 std::size_t require_picture_size(const picture& shape, const std::string& file, const char* name);
 
-// A data failure when so many bytes cannot come out of a file of the given size, if it is known: deflate makes at most
-// 1032 bytes of one. So no header asks for memory that nothing in the file bears out.
-void require_inflated_size(std::uint64_t bytes, std::optional<std::uint64_t> file_bytes, const std::string& file,
-                           const char* name);
+// What deflate makes of a byte at most.
+constexpr std::uint64_t k_most_inflation = 1032;
+
+// A data failure when so many bytes cannot come out of a file with `file_bytes`. So no header asks for memory that
+// nothing in the file bears out.
+void require_inflated_size(std::uint64_t bytes, std::uint64_t file_bytes, const std::string& file, const char* name);
 
 // How one kind of picture file is read and written.
 struct picture_format {

@@ -326,10 +326,8 @@ std::size_t require_picture_size(const picture& shape, const std::string& file, 
     return static_cast<std::size_t>(row * shape.height);
 }
 
-void require_inflated_size(std::uint64_t bytes, std::optional<std::uint64_t> file_bytes, const std::string& file,
-                           const char* name) {
-    constexpr std::uint64_t k_most_inflation = 1032;
-    if (file_bytes && bytes / k_most_inflation > *file_bytes) {
+void require_inflated_size(std::uint64_t bytes, std::uint64_t file_bytes, const std::string& file, const char* name) {
+    if (bytes / k_most_inflation > file_bytes) {
         throw failure(exit_code::data, {file, {}},
                       "cannot read the " + std::string(name) +
                           ": the file is too small for a picture of the size that its header says",

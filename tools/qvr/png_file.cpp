@@ -183,7 +183,9 @@ void read_png(input_file& file, picture& to) {
     const std::optional<std::uint64_t> left = file.bytes_left();
     handle.step(read_header, exit_code::data, "cannot read the PNG: ");
     const std::size_t sample_bytes = require_picture_size(job.shape, file.name(), "PNG");
-    require_inflated_size(job.packed_bytes, left, file.name(), "PNG");
+    // Of a pipe as much is looked at as must be there.
+    const auto least = static_cast<std::size_t>(job.packed_bytes / k_most_inflation);
+    require_inflated_size(job.packed_bytes, left ? *left : file.peek(least).size(), file.name(), "PNG");
     job.shape.samples.swap(to.samples);
     job.shape.samples.resize(sample_bytes);
     point_rows(job, job.shape.samples.data());
