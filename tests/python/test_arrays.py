@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Which arrays are taken, which are used where they lie, and what is said of the others."""
 
+import mmap
+
 import numpy as np
 import pytest
 
@@ -42,6 +44,29 @@ def test_rows_with_gaps_are_not_copied(rng):
 def test_read_only_memory_is_not_copied():
     frame = np.frombuffer(bytes(48), np.uint8).reshape(4, 6, 2)
     assert uses(source("UYVY", "U8", [frame], 6, 4), [frame])
+
+
+@pytest.mark.parametrize("buffer", [
+    bytearray, lambda size: memoryview(bytearray(size)), lambda size: mmap.mmap(-1, size),
+    lambda size: np.zeros(size, np.uint8), lambda size: np.zeros((size // 4096, 2048), np.uint16),
+])
+def test_frames_in_the_memory_of_others_are_not_copied(rng, buffer):
+    """A capture card's, say, with rows at a pitch."""
+    card = np.ndarray((4, 6, 2), np.uint8, buffer=buffer(4 * 4096), strides=(4096, 2, 1))
+    card[...] = frames.noise(rng, card.shape, np.uint8)
+    assert uses(source("UYVY", "U8", [card], 6, 4), [card])
+    assert uses(_frames.target_run(layout_of("UYVY", "U8"), [card]), [card])
+    one = card[:1]
+    assert uses(source("UYVY", "U8", [one], 6, 1), [one])
+    assert qvr.encode(card, "UYVY") == qvr.encode(card.copy(), "UYVY")
+    behind = np.ndarray((2, 6, 2), np.uint8, buffer=card.base, strides=(4096, 2, 1), offset=4096 + 12)
+    assert uses(source("UYVY", "U8", [behind], 6, 2), [behind])
+    assert qvr.encode(behind, "UYVY") == qvr.encode(behind.copy(), "UYVY")
+
+
+def test_subclasses_of_arrays_are_encoded(rng):
+    crop = frames.noise(rng, (8, 8), np.uint8).view(np.matrix).copy()[2:5, 2:6]
+    assert qvr.encode(crop, "Alpha") == qvr.encode(np.array(crop), "Alpha")
 
 
 def test_planes_with_gaps_are_not_copied(rng):
@@ -192,11 +217,24 @@ def test_frames_of_4_gib_are_refused_before_memory_is_asked_for():
     ({"rle_slices": -1}, "rle_slices must be from 0 to 255, not -1"),
     ({"threads": -1}, "threads must be from 0 to 1024, not -1"),
     ({"threads": 1025}, "threads must be from 0 to 1024, not 1025"),
+    ({"rle_slices": 2.0}, "rle_slices must be a whole number, not float"),
+    ({"threads": "2"}, "threads must be a whole number, not str"),
+    ({"width": 2.0}, "width must be a whole number, not float"),
 ])
 def test_options_out_of_range_are_refused(options, message):
     with pytest.raises(qvr.ArgumentError) as caught:
         qvr.encode(np.zeros((2, 2), np.uint8), "Alpha", **options)
     assert str(caught.value) == message
+
+
+@pytest.mark.parametrize("kind", [np.uint8, np.int16, np.uint32, np.int64])
+def test_whole_numbers_of_numpy_do(kind):
+    assert qvr.empty("ARGB", "Float", width=kind(120), height=kind(100)).shape == (100, 120, 4)
+    frame = np.zeros((100, 80), np.uint32)
+    assert qvr.encode(frame, "v210", width=kind(120)) == qvr.encode(frame, "v210", width=120)
+    assert qvr.wrap_tiles([b"one"], kind(120), kind(100)) == qvr.wrap_tiles([b"one"], 120, 100)
+    with pytest.raises(qvr.ArgumentError, match="^width must be a whole number, not float64$"):
+        qvr.empty("ARGB", "U8", width=np.float64(2), height=2)
 
 
 def test_coding_alpha_that_is_not_stored_is_refused_by_the_library():

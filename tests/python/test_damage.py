@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Bitstreams that are damaged, and handles after them."""
 
+import io
+
 import numpy as np
 import pytest
 
@@ -58,9 +60,7 @@ def test_sizes_beyond_4_gib_are_refused():
     stream = bytearray(qvr.encode(np.zeros((2, 2), np.uint16), "Alpha", "U16", alpha_rle=True))
     at = stream.index(b"sinf") + 4
     stream[at : at + 8] = b"\xff" * 8
-    with pytest.raises(qvr.ArgumentError) as caught:
-        qvr.decode(stream)
-    assert str(caught.value) == (
+    assert message_of(lambda: qvr.decode(stream)) == (
         "order Alpha, type U16: a frame of 4294967295x4294967295 is too large; it must stay below 4 GiB")
 
 
@@ -78,8 +78,34 @@ def test_a_handle_goes_on_after_an_error(rng):
 def test_what_is_no_buffer_is_a_type_error():
     with pytest.raises(TypeError, match="bytes-like object is required"):
         qvr.info("text")
-    with pytest.raises(BufferError):
-        qvr.info(memoryview(bytes(32))[::2])
+
+
+@pytest.mark.parametrize("data, message", [
+    (memoryview(bytes(32))[::2], "this memoryview cannot be read as a run of bytes: it has gaps"),
+    (np.zeros((8, 8), np.uint8)[:, :4], "this numpy.ndarray cannot be read as a run of bytes: it has gaps"),
+    (np.asfortranarray(np.zeros((8, 8), np.uint8)), "this numpy.ndarray cannot be read as a run of bytes: it has gaps"),
+    (np.array([b"a", None], object), "this numpy.ndarray cannot be read as a run of bytes: it holds Python objects"),
+    (np.zeros(9, [("number", int), ("any", object)]),
+     "this numpy.ndarray cannot be read as a run of bytes: it holds Python objects"),
+    (np.zeros(9, "datetime64[s]"),
+     "this numpy.ndarray cannot be read as a run of bytes: cannot include dtype 'M' in a buffer"),
+])
+def test_buffers_that_are_no_run_of_bytes_are_refused(data, message):
+    stream = qvr.encode(np.zeros((2, 2), np.uint8), "Alpha")
+    for use in (qvr.info, qvr.decode, qvr.unwrap, lambda it: qvr.wrap(it, np.zeros((2, 2), np.uint8)),
+                lambda it: qvr.Writer(io.BytesIO()).write_bytes(it)):
+        with pytest.raises(qvr.ArgumentError) as caught:
+            use(data)
+        assert str(caught.value) == message
+    assert qvr.info(np.frombuffer(stream, [("Order", np.uint8)])) == qvr.info(stream)
+
+
+@pytest.mark.parametrize("order, type", [("Alpha", None), (None, "U10Packed")])
+def test_pairs_that_the_frame_leads_to_are_its_fault(order, type):
+    stream = qvr.encode(np.zeros((2, 2, 3), np.float16), "RGB")
+    assert "does not go with type" in message_of(lambda: qvr.decode(stream, order, type))
+    with pytest.raises(qvr.ArgumentError, match="^order Alpha does not go with type Half"):
+        qvr.decode(stream, "Alpha", "Half")
 
 
 @pytest.mark.parametrize("order, type, message", [

@@ -1,8 +1,11 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Files of many frames."""
 
+import errno
 import io
 import os
+import subprocess
+import sys
 import threading
 
 import numpy as np
@@ -132,9 +135,83 @@ def test_a_writer_ends_when_nothing_is_taken(rng, taken):
             return taken
 
     with qvr.Writer(Full(), "RGB") as writer:
-        with pytest.raises(qvr.FileError, match="frame 0 is not complete"):
+        with pytest.raises(qvr.FileError, match=f"^the file: write.. must return how many bytes it took, at least one, "
+                                                f"but returned {taken}: frame 0 is not complete$"):
             writer.write(frames.noise(rng, (2, 2, 3), np.uint8))
         assert writer.count == 0
+
+
+def test_nothing_follows_a_frame_that_was_written_in_part(rng, tmp_path):
+    class Full:
+        """Takes a few bytes, then the disk is full for once."""
+
+        def __init__(self, file):
+            self.file, self.room = file, 5
+            self.close = file.close
+
+        def write(self, data):
+            if self.room == 0:
+                self.room = 1000
+                raise OSError(errno.ENOSPC, "no space")
+            taken = min(len(data), self.room)
+            self.room -= taken
+            return self.file.write(data[:taken])
+
+    path = tmp_path / "a.qvr"
+    path.write_bytes(b"before")
+    frame = frames.noise(rng, (2, 2, 3), np.uint8)
+    with qvr.Writer(path, "RGB") as writer:
+        writer._file = Full(writer._file)
+        with pytest.raises(OSError, match="no space"):
+            writer.write(frame)
+        for again in (lambda: writer.write(frame), lambda: writer.write_bytes(qvr.encode(frame, "RGB"))):
+            with pytest.raises(qvr.FileError, match="frame 0 was written in part, and nothing can follow it$"):
+                again()
+    assert path.read_bytes() == b"before" and os.listdir(tmp_path) == ["a.qvr"]
+
+
+class Trickle(io.RawIOBase):
+    """Bytes, then what a file that does not wait or one that is interrupted does, then more bytes."""
+
+    def __init__(self, *events):
+        self.events = list(events)
+
+    def readinto(self, buffer):
+        event = self.events.pop(0) if self.events else b""
+        if isinstance(event, bytes):
+            taken = event[: len(buffer)]
+            buffer[: len(taken)] = taken
+            self.events[:0] = [event[len(taken) :]] if len(event) > len(taken) else []
+            return len(taken)
+        if event is None:
+            return None
+        raise event
+
+
+@pytest.mark.parametrize("inside", [0, 5, 20])
+def test_a_file_that_does_not_wait_does_not_end(inside):
+    stream = qvr.encode(np.zeros((2, 2, 3), np.uint8), "RGB")
+    reader = qvr.Reader(Trickle(stream + stream[:inside], None, stream[inside:]))
+    next(reader)
+    with pytest.raises(qvr.FileError) as caught:
+        next(reader)
+    assert str(caught.value) == (f"the file: behind offset {len(stream)} the file has no bytes yet; "
+                                 "a reader needs one that waits for them (blocking)")
+
+
+@pytest.mark.parametrize("inside", [0, 5, 20])
+@pytest.mark.parametrize("interruption", [TimeoutError, KeyboardInterrupt])
+def test_an_interruption_is_not_the_end(inside, interruption):
+    stream = qvr.encode(np.zeros((2, 2, 3), np.uint8), "RGB")
+    reader = qvr.Reader(Trickle(stream + stream[:inside], interruption(), stream[inside:]))
+    next(reader)
+    with pytest.raises(interruption):
+        next(reader)
+    for again in (lambda: next(reader), reader.read_bytes):
+        with pytest.raises(qvr.FileError) as caught:
+            again()
+        assert str(caught.value) == f"the file: reading was interrupted behind offset {len(stream)}, and cannot go on"
+    assert (reader.index, reader.offset) == (0, 0)
 
 
 def test_an_empty_file_has_no_frames(tmp_path):
@@ -182,6 +259,25 @@ def test_damage_is_told_with_its_place(data, message, tmp_path):
         assert list(reader) == [] and (reader.index, reader.offset) == (0, 0)
 
 
+def test_sizes_that_a_damaged_frame_claims_are_told_with_its_place(monkeypatch):
+    frame = bytearray(qvr.encode(np.zeros((2, 2), np.uint8), "Alpha", alpha_rle=True))
+    whole = bytes(frame)
+    at = frame.index(b"sinf") + 4
+    frame[at : at + 8] = b"\xff" * 8
+    with pytest.raises(qvr.FileError) as caught:
+        list(qvr.Reader(io.BytesIO(whole + frame)))
+    assert str(caught.value) == (f"the file: frame 1 at offset {len(whole)}: order Alpha, type U8: "
+                                 "a frame of 4294967295x4294967295 is too large; it must stay below 4 GiB")
+
+    def none_left(*_):
+        raise MemoryError
+
+    reader = qvr.Reader(io.BytesIO(whole))
+    monkeypatch.setattr(reader._decoder, "decode", none_left)
+    with pytest.raises(qvr.FileError, match="^the file: frame 0 at offset 0: there is too little memory for this"):
+        next(reader)
+
+
 def test_reading_goes_on_behind_a_frame_that_cannot_be_decoded(rng):
     frame = frames.noise(rng, (2, 2, 3), np.uint8)
     stream = qvr.encode(frame, "RGB")
@@ -213,6 +309,23 @@ def test_only_whole_frames_are_written(data):
     assert stream.getvalue() == b"" and writer.count == 0
 
 
+@pytest.mark.parametrize("file, got", [
+    (io.StringIO(), "StringIO"), (0, "int"), (b"a.qvr", "bytes"), (None, "NoneType")])
+def test_only_binary_files_are_taken(file, got):
+    for kind, method in ((qvr.Reader, "readinto"), (qvr.Writer, "write")):
+        with pytest.raises(qvr.ArgumentError) as caught:
+            kind(file)
+        assert str(caught.value) == f"expected a path or a binary file object with {method}(), got {got}"
+
+
+def test_names_are_checked_before_a_file_is_made(tmp_path):
+    for kind in (qvr.Reader, qvr.Writer):
+        for names in (("NV12",), ("RGB", "U14"), ("Alpha", "Half")):
+            with pytest.raises(qvr.ArgumentError):
+                kind(tmp_path / "a.qvr", *names)
+    assert os.listdir(tmp_path) == []
+
+
 def test_a_missing_file_is_an_os_error(tmp_path):
     with pytest.raises(FileNotFoundError):
         qvr.Reader(tmp_path / "none.qvr")
@@ -225,6 +338,20 @@ def test_files_that_were_opened_are_closed(clip):
     reader.close()
     with pytest.raises(ValueError):
         next(reader)
+
+
+def test_closed_readers_and_writers_say_so(clip):
+    stream = io.BytesIO(clip[0].read_bytes())
+    reader, writer = qvr.Reader(stream), qvr.Writer(io.BytesIO(), "RGB")
+    frame = np.zeros((2, 2, 3), np.uint8)
+    reader.close()
+    writer.close()
+    for use, name in ((lambda: next(reader), "reader"), (reader.read_bytes, "reader"),
+                      (lambda: writer.write(frame), "writer"),
+                      (lambda: writer.write_bytes(qvr.encode(frame, "RGB")), "writer")):
+        with pytest.raises(qvr.ArgumentError, match=f"^the {name} is closed$"):
+            use()
+    assert stream.tell() == 0 and not stream.closed
 
 
 def test_a_file_appears_when_it_is_closed_well(tmp_path):
@@ -252,3 +379,30 @@ def test_frames_without_pixels_are_not_made():
     for size in ((0, 20), (20, 0)):
         with pytest.raises(qvr.ArgumentError, match="has no pixels"):
             qvr.wrap_tiles([b"a"], *size)
+
+
+def test_info_is_that_of_a_decoded_frame(clip):
+    with qvr.Reader(clip[0]) as reader:
+        next(reader)
+        assert reader.info.width == 8
+        reader.read_bytes()
+        assert reader.info is None and reader.index == 1
+
+
+@pytest.mark.parametrize("mode", [0o600, 0o664])
+def test_a_file_that_is_replaced_keeps_its_mode(tmp_path, mode):
+    path, link = tmp_path / "a.qvr", tmp_path / "link.qvr"
+    path.touch()
+    path.chmod(mode)
+    link.symlink_to(path)
+    with qvr.Writer(link):
+        (part,) = tmp_path.glob("*.part-*")
+        assert part.stat().st_mode & 0o777 == mode
+    assert path.stat().st_mode & 0o777 == mode and link.is_symlink()
+
+
+def test_standard_output_may_be_a_pipe():
+    code = "import numpy, qvruncompressed as qvr\n" \
+        "with qvr.Writer('/dev/stdout', 'RGB') as writer: writer.write(numpy.zeros((2, 2, 3), numpy.uint8))"
+    done = subprocess.run([sys.executable, "-c", code], capture_output=True)
+    assert done.stdout == qvr.encode(np.zeros((2, 2, 3), np.uint8), "RGB") and done.stderr == b""

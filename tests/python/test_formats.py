@@ -1,6 +1,9 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Names of orders and types, and the table of shapes."""
 
+import pathlib
+import re
+
 import numpy as np
 import pytest
 
@@ -91,6 +94,10 @@ def test_types_have_names_and_numbers(name, type):
                "UYAVYA, YUVA444, A420, Alpha, YUY2_A, UYVY_A"),
     ("RGB", "U14", "there is no type 'U14'; types are U8, U16, U10, U12, U10Packed, Half, Float, Fixed16"),
     ("RGB", [], "there is no type []; types are U8, U16, U10, U12, U10Packed, Half, Float, Fixed16"),
+    ("RGB", np.uint16, "samples of dtype uint16 can be any of U16, U10, U12: say which with type="),
+    ("RGB", np.bool_, "order RGB takes uint8, uint16, float16, float32 or int16, not bool: convert it with astype()"),
+    ("v210", np.uint16, "samples of dtype uint16 can be any of U16, U10, U12: say which with type="),
+    ("v210", np.uint8, "type U8 contradicts the order's name, which is type U10Packed"),
     ("v210", "U8", "type U8 contradicts the order's name, which is type U10Packed"),
     ("Alpha", "Half", "order Alpha does not go with type Half; its types are U8, U16"),
     ("RGB", "U10Packed",
@@ -110,6 +117,52 @@ def test_a_dtype_that_leaves_no_choice_is_enough(dtype, type):
     assert qvr.encode(frame, "RGB") == qvr.encode(frame, "RGB", type)
 
 
+@pytest.mark.parametrize("order, dtype, type", [
+    ("RGB", np.uint8, 1), ("RGB", np.dtype(np.uint8), 1), (None, np.float16, 6), ("UYVY", np.uint32, 5),
+    ("Alpha", np.uint16, 2), ("v210", np.uint32, 5), ("v216", np.uint16, 2), ("Y210", np.uint16, 3),
+])
+def test_a_dtype_may_stand_for_its_type(order, dtype, type):
+    assert _formats.parse_format(order, dtype)[1] == type
+
+
+def test_what_is_not_a_name_is_shown_briefly():
+    with pytest.raises(qvr.ArgumentError) as caught:
+        qvr.encode("RGBA", bytes(100000))
+    assert len(str(caught.value)) < 300
+
+
+TOOL = pathlib.Path(__file__).parents[2].joinpath("tools/qvr/formats.cpp").read_text()
+
+
+def tools_rows(function, row):
+    """What a pattern finds in each row of one of the tool's tables."""
+    return re.findall(row, re.search(rf"& {function}\(\) {{\n(.*?)^}}", TOOL, re.M | re.S)[1], re.S)
+
+
+def test_names_of_formats_are_those_of_the_tool():
+    row = r'"(\w+)",\s*QVRUncompressed_Order(\w+),\s*QVRUncompressed_Type(\w+)'
+    rows = tools_rows("all_named_formats", row)
+    named = {name.lower(): (qvr.Order[order], qvr.Type[type]) for name, order, type in rows}
+    assert len(named) > 30
+    orders = {name.lower() for name in qvr.Order.__members__}
+    assert _formats.PAIR_NAMES == {name: pair for name, pair in named.items() if name not in orders}
+    for name, (order, _) in named.items():
+        assert _formats.parse_format(name, None)[0] == order
+
+
+@pytest.mark.parametrize("function, prefix, enum, index", [
+    ("all_orders", "QVRUncompressed_Order", qvr.Order, 0), ("all_types", "QVRUncompressed_Type", qvr.Type, 1),
+])
+def test_names_of_orders_and_types_are_those_of_the_tool(function, prefix, enum, index):
+    rows = tools_rows(function, rf'{prefix}(\w+),\s*"([^"]+)",\s*\{{(.*?)\}}')
+    assert len(rows) == len(enum)
+    for value, name, aliases in rows:
+        for given in [value, name, *re.findall(r'"([^"]+)"', aliases)]:
+            what = [None, None]
+            what[index] = given
+            assert _formats.parse_format(*what)[index] == enum[value]
+
+
 def test_words_of_uyvy_are_v210():
     frame = np.arange(8, dtype=np.uint32).reshape(2, 4)
     assert qvr.encode(frame, "UYVY") == qvr.encode(frame, "v210")
@@ -117,8 +170,10 @@ def test_words_of_uyvy_are_v210():
 
 @pytest.mark.parametrize("order, dtype, message", [
     ("RGB", np.uint16, "samples of dtype uint16 can be any of U16, U10, U12: say which with type="),
-    ("RGB", np.float64, "order RGB has no type of dtype float64; say type= for what it should be"),
-    ("I420", np.int16, "order I420 has no type of dtype int16; say type= for what it should be"),
+    ("RGB", float, "order RGB takes uint8, uint16, float16, float32 or int16, not float64: convert it with astype()"),
+    ("RGB", bool, "order RGB takes uint8, uint16, float16, float32 or int16, not bool: convert it with astype()"),
+    ("RGB", ">u2", "order RGB takes uint8, uint16, float16, float32 or int16, not >u2: convert it with astype()"),
+    ("I420", np.int16, "order I420 takes uint8, uint16, float16 or float32, not int16: convert it with astype()"),
 ])
 def test_other_dtypes_are_not(order, dtype, message):
     with pytest.raises(qvr.ArgumentError) as caught:

@@ -3,15 +3,24 @@
 
 import ast
 import inspect
+import os
 import pathlib
+import re
+import shutil
+import subprocess
+import sys
 
+import numpy as np
 import pytest
 
 import qvruncompressed as qvr
 
+DOCUMENTS = pathlib.Path(__file__).parents[2] / "docs"
 PACKAGE = pathlib.Path(qvr.__file__).parent
-STUB = {node.name: node for node in ast.parse((PACKAGE / "__init__.pyi").read_text()).body
-        if isinstance(node, (ast.ClassDef, ast.FunctionDef))}
+TREE = ast.parse((PACKAGE / "__init__.pyi").read_text())
+# What is declared under each public name; of overloads the last one, which takes all that the others take.
+STUB = {node.name: node for node in TREE.body
+        if isinstance(node, (ast.ClassDef, ast.FunctionDef)) and not node.name.startswith("_")}
 
 
 def declared_parameters(function):
@@ -55,6 +64,64 @@ def test_classes_have_the_declared_methods(name):
     assert set(declared) == methods(cls)
     for method, node in declared.items():
         assert declared_parameters(node) == real_parameters(getattr(cls, method)), method
+
+
+@pytest.mark.parametrize("body", [TREE.body, STUB["Decoder"].body])
+def test_overloads_have_the_same_parameters(body):
+    variants = {}
+    for node in body:
+        if isinstance(node, ast.FunctionDef) and node.decorator_list:
+            variants.setdefault(node.name, []).append([name for name, *_ in declared_parameters(node)])
+    assert variants and all(len(them) == 2 and them[0] == them[1] for them in variants.values())
+
+
+def test_names_that_stand_for_one_array_do():
+    (names,) = [node.value.slice.elts for node in TREE.body
+                if isinstance(node, ast.Assign) and node.targets[0].id == "_OneArray"]
+    strings = {name.value for name in names if isinstance(name, ast.Constant)}
+    members = {name.attr for name in names if isinstance(name, ast.Attribute)}
+    single = {order.name for order in qvr.Order if isinstance(qvr.empty(order, "U8", width=2, height=2), np.ndarray)}
+    assert members == single and strings == single | {"v210", "v216"}
+    assert all(isinstance(qvr.empty(name, width=2, height=2), np.ndarray) for name in strings - members)
+
+
+USE = """
+import io
+import sys
+import numpy as np
+import qvruncompressed as qvr
+
+frame = qvr.empty("UYVY", np.uint8, width=np.uint32(4), height=2)
+reveal_type(frame)
+reveal_type(qvr.decode(b"", qvr.Order.RGBA, "U8"))
+with qvr.Decoder(2) as decoder:
+    reveal_type(decoder.decode(b"", "v210", out=frame))
+    y, cb, cr = decoder.decode(b"", "I420")
+print(qvr.info(b"").order.name)
+with qvr.Reader(sys.stdin.buffer) as reader, qvr.Writer(io.BytesIO()) as writer:
+    writer.write_bytes(reader.read_bytes())
+    writer.write(next(reader))
+qvr.Reader(open("clip.qvr", "rb", buffering=0))
+qvr.Reader(open("clip.qvr"))
+qvr.Writer(0)
+"""
+
+
+@pytest.mark.skipif(not shutil.which("mypy"), reason="mypy is not there")
+def test_a_type_checker_understands_them(tmp_path):
+    notebook = "".join(re.findall(r"^```python\n(.*?)^```", (DOCUMENTS / "python.md").read_text(), re.M | re.S))
+    (tmp_path / "notebook.py").write_text(notebook)
+    (tmp_path / "use.py").write_text(USE)
+    # MYPYPATH, as mypy refuses a PYTHONPATH with what the interpreter has besides.
+    environment = {name: value for name, value in os.environ.items() if name not in ("PYTHONPATH", "LD_PRELOAD")}
+    done = subprocess.run(["mypy", "--strict", "--ignore-missing-imports", "--python-executable", sys.executable,
+                           "notebook.py", "use.py"], capture_output=True, text=True, cwd=tmp_path,
+                          env=dict(environment, MYPYPATH=str(PACKAGE.parent)))
+    said = [tuple(line.split(": ")[:3]) for line in done.stdout.splitlines()[:-1]]
+    assert [it[:2] for it in said[:3]] == [(f"use.py:{line}", "note") for line in (8, 9, 11)], done.stdout
+    assert all(it[2].startswith('Revealed type is "numpy.ndarray[') for it in said[:3]), done.stdout
+    # Text and numbers of files are refused, and nothing else.
+    assert [it[:2] for it in said[3:]] == [("use.py:18", "error"), ("use.py:19", "error")], done.stdout
 
 
 @pytest.mark.parametrize("name", ["Order", "Type", "WrapType"])

@@ -1,6 +1,9 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Work without the interpreter lock, and handles that several threads share."""
 
+import os
+import signal
+import subprocess
 import sys
 import threading
 
@@ -114,6 +117,42 @@ def test_a_handle_may_be_closed_while_others_use_it(rng):
                 assert (decoder.decode(stream, "RGBA") == frame).all()
 
     run_threads(4, work)
+
+
+def test_a_handle_made_before_a_fork_works_in_the_child(rng):
+    frame = frames.noise(rng, (64, 64, 4), np.uint8)
+    encoder = qvr.Encoder(2)
+    stream = encoder.encode(frame, "RGBA", alpha_rle=True)
+    child = os.fork()
+    if child == 0:
+        signal.alarm(30)  # rather than hanging
+        same = False
+        try:
+            same = encoder.encode(frame, "RGBA", alpha_rle=True) == stream
+            encoder.close()
+        finally:
+            os._exit(0 if same else 1)
+    assert os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == 0
+    assert encoder.encode(frame, "RGBA", alpha_rle=True) == stream
+
+
+def test_the_interpreter_may_end_while_frames_are_coded():
+    code = """if True:
+        import threading
+        import numpy as np, qvruncompressed as qvr
+        frame = np.zeros((1024, 1024, 4), np.uint8)
+        encoder, begun = qvr.Encoder(), threading.Event()
+        def work():
+            while True:
+                begun.set()
+                encoder.encode(frame, "RGBA", alpha_rle=True)
+        for _ in range(4):
+            threading.Thread(target=work, daemon=True).start()
+        begun.wait()
+    """
+    for _ in range(5):
+        done = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, timeout=60)
+        assert (done.returncode, done.stderr) == (0, "")
 
 
 def test_closed_handles_say_so():

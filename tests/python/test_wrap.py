@@ -70,7 +70,7 @@ def test_interlaced_frames():
 def test_alpha_must_be_a_plane():
     with pytest.raises(qvr.ArgumentError, match="got shape .2, 2, 4. and dtype uint8$"):
         qvr.wrap(qcx(2, 2), np.zeros((2, 2, 4), np.uint8))
-    with pytest.raises(qvr.ArgumentError, match="^order Alpha has no type of dtype float32"):
+    with pytest.raises(qvr.ArgumentError, match="^order Alpha takes uint8 or uint16, not float32: convert"):
         qvr.wrap(qcx(2, 2), np.zeros((2, 2), np.float32))
 
 
@@ -91,6 +91,10 @@ def test_chunks_come_back(rng, sizes):
     ([], (2, 2), "there must be at least one chunk"),
     ([b"1"], (-2, 2), "order Alpha, type U8: there is no frame of -2x2"),
     ([b"1"], (1 << 32, 0), "order Alpha, type U8: a frame of 4294967296x0 is too large; it must stay below 4 GiB"),
+    ([bytes(100000)], (640.0, 360), "width must be a whole number, not float"),
+    ([b"1"], (640, "360"), "height must be a whole number, not str"),
+    ([np.zeros((4, 4), np.uint8)[:, :2]], (2, 2),
+     "this numpy.ndarray cannot be read as a run of bytes: it has gaps"),
     ([bytes(1)] + [memoryview(bytes(1 << 28))] * 16, (2, 2),
      "the payloads are too large: a frame holds less than 4 GiB"),
 ])
@@ -122,6 +126,48 @@ def test_payloads_that_say_more_than_there_is(size, message):
     with pytest.raises(qvr.DecodeError) as caught:
         qvr.unwrap(made)
     assert str(caught.value) == message
+
+
+def test_frames_that_others_change_are_unwrapped_as_they_were(rng):
+    """Buffers are made for the sizes of one reading; a second one of changed boxes would write past them."""
+    chunk = rng.bytes(50)
+    made = bytearray(qvr.wrap_tiles([chunk], 2, 2))
+    decoder = qvr.Decoder()
+    core = decoder._core
+
+    class Meddler:
+        unwrap = core.unwrap
+
+        def describe(self, data):
+            made[:] = bytes(len(made))
+            return core.describe(data)
+
+    decoder._core = Meddler()
+    assert decoder.unwrap(made).payloads == [chunk]
+    with pytest.raises(TypeError):
+        core.unwrap((0,) * 7, bytearray(made), bytearray())
+
+
+def test_samples_that_an_alpha_plane_does_not_name_are_zero():
+    """A coded plane may name fewer rows than it has; what was in memory before must not show."""
+    plane = box(b"sinf", bytes([64, 0, 0, 0, 64, 0, 0, 0]) + b"rl08\0") + box(b"sdat", b"\0")
+    alone = box(b"pack", plane)
+    beside = box(b"pack", box(b"QCXF", qcx(64, 64)) + plane)
+    assert len(alone) == 38
+    out = np.zeros((64, 64, 2), np.uint8)[..., 0]
+    for _ in range(20):
+        left = [np.full(64 * 64, 0xAA, np.uint8) for _ in range(20)]
+        del left
+        assert not qvr.decode(alone).any() and not qvr.decode(alone, out=out).any()
+        assert not qvr.unwrap(beside).alpha.any()
+
+
+def test_sizes_beyond_4_gib_are_refused():
+    beside = bytearray(qvr.wrap(qcx(64, 64), np.zeros((64, 64), np.uint8), alpha_rle=True))
+    at = beside.index(b"sinf") + 4
+    beside[at : at + 8] = b"\xff" * 8
+    with pytest.raises(qvr.DecodeError, match="a frame of 4294967295x4294967295 is too large; it must stay below"):
+        qvr.unwrap(beside)
 
 
 def test_order_of_boxes_matters():

@@ -12,6 +12,7 @@
 
 #include "QVRUncompressed.h"
 #include "failure.h"
+#include "without_interpreter.h"
 
 namespace qvr {
 
@@ -48,7 +49,7 @@ class codec {
 
     // Ends the handle once no call is using it. A second time does nothing.
     void close() {
-        const pybind11::gil_scoped_release unlocked;
+        const without_interpreter unlocked;
         const std::lock_guard<std::mutex> alone(turn);
         Kind::k_destroy(handle);
         handle = nullptr;
@@ -61,7 +62,7 @@ class codec {
         std::uint32_t status = QVRUncompressed_StatusOk;
         std::string reason;
         {
-            const pybind11::gil_scoped_release unlocked;
+            const without_interpreter unlocked;
             const std::lock_guard<std::mutex> alone(turn);
             message.clear();
             status = handle != nullptr ? call(handle) : k_closed;

@@ -5,6 +5,7 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <deque>
@@ -131,6 +132,17 @@ contents read_contents(decoder& self, const byte_span& source) {
     return found;
 }
 
+// The bytes of a buffer as an object that nobody can change.
+py::bytes frozen(const py::object& data) {
+    if (PyBytes_CheckExact(data.ptr())) {
+        return py::reinterpret_borrow<py::bytes>(data);
+    }
+    const byte_span source(data, access::read);
+    py::bytes made = new_bytes(source.size());
+    std::copy_n(source.data(), source.size(), bytes_of(made));
+    return made;
+}
+
 std::tuple<fields, payload_sizes> describe(decoder& self, const py::object& data) {
     const byte_span source(data, access::read);
     const contents found = read_contents(self, source);
@@ -152,8 +164,9 @@ void decode(decoder& self, const fields& frame, const py::object& data, const py
 }
 
 // All payloads, and into dst the alpha plane that `frame` describes when they stand beside one. They are described
-// anew: the library writes as many bytes as the boxes have, so room is made for these and no others.
-std::vector<py::bytes> unwrap(decoder& self, const fields& frame, const py::object& data, const py::object& dst) {
+// anew: the library writes as many bytes as the boxes have, so room is made for these and no others. For the same
+// reason the frame comes as bytes: nobody can change a box between the two.
+std::vector<py::bytes> unwrap(decoder& self, const fields& frame, const py::bytes& data, const py::object& dst) {
     const params up = to_params(frame);
     const byte_span source(data, access::read);
     const byte_span target(dst, access::write);
@@ -214,6 +227,7 @@ PYBIND11_MODULE(_core, module) {
         .def("describe", &qvr::describe, "data"_a)
         .def("decode", &qvr::decode, "frame"_a, "data"_a, "dst"_a)
         .def("unwrap", &qvr::unwrap, "frame"_a, "data"_a, "dst"_a);
+    module.def("frozen", &qvr::frozen, "data"_a);
     module.def("raw_size", &qvr::raw_size, "frame"_a);
     module.def("version", &qvr::version);
 }

@@ -12,12 +12,18 @@ The functions make a handle for each call. Who codes many frames, or with severa
 Reader and Writer take whole files. docs/python.md has the shape and dtype of each order and type.
 """
 
-from . import _core
+try:
+    from ._core import version as _version
+except ModuleNotFoundError as error:
+    import sys
+
+    raise ImportError(f"this Python is not the one that the package was built for: {error}; {sys.executable} is "
+                      f"{sys.implementation.name} {sys.version_info.major}.{sys.version_info.minor}") from error
 from ._codec import Decoder, Encoder, FrameInfo, Payload, Unwrapped, WrapType
 from ._errors import ArgumentError, DecodeError, EncodeError, FileError, QVRError
 from ._files import Reader, Writer
 from ._formats import Order, Type, find_layout, parse_format
-from ._frames import new_frame
+from ._frames import new_frame, whole
 
 __all__ = [
     "ArgumentError", "DecodeError", "Decoder", "EncodeError", "Encoder", "FileError", "FrameInfo", "Order", "Payload",
@@ -25,7 +31,7 @@ __all__ = [
     "wrap", "wrap_tiles",
 ]
 
-__version__ = "{}.{}.{}".format(*_core.version())
+__version__ = "{}.{}.{}".format(*_version())
 
 
 def encode(array, order, type=None, *, width=None, interlaced=False, alpha_rle=False, rle_slices=0, threads=1):
@@ -74,5 +80,5 @@ def empty(order, type=None, *, width, height):
     order, type = parse_format(order, type)
     if type is None:
         raise ArgumentError("empty() needs a type, or an order's name that implies one")
-    _, arrays = new_frame(find_layout(order, type), width, height)
+    _, arrays = new_frame(find_layout(order, type), whole("width", width), whole("height", height), unset=True)
     return arrays[0] if len(arrays) == 1 else arrays

@@ -4,19 +4,35 @@ from enum import IntEnum
 from mmap import mmap
 from os import PathLike
 from types import TracebackType
-from typing import Any, BinaryIO, Iterable, NamedTuple, Sequence
+from typing import Any, BinaryIO, Iterable, Literal, NamedTuple, Protocol, Sequence, SupportsIndex, overload
 
+import numpy as np
 from numpy.typing import ArrayLike, NDArray
 from typing_extensions import Self
 
 _Array = NDArray[Any]
 _Buffer = bytes | bytearray | memoryview | mmap | _array[Any] | _Array
-_Frame = _Array | tuple[_Array, ...]
 _Samples = ArrayLike | Sequence[ArrayLike]
 _Out = _Array | Sequence[_Array]
+_Int = SupportsIndex  # NumPy's whole numbers as well
 _OrderLike = Order | int | str
-_TypeLike = Type | int | str
-_File = str | PathLike[str] | BinaryIO
+_TypeLike = Type | int | str | np.dtype[Any] | type[np.generic]
+
+# Names of orders whose frames are one array. Other frames may be tuples, which the name alone, or none, does not tell.
+_OneArray = Literal[
+    "YUY2", "UYVY", "ARGB", "BGRA", "RGB", "BGR", "RGBA", "ABGR", "YUV444", "UYAVYA", "YUVA444", "Alpha",
+    "v210", "v216",
+    Order.YUY2, Order.UYVY, Order.ARGB, Order.BGRA, Order.RGB, Order.BGR, Order.RGBA, Order.ABGR, Order.YUV444,
+    Order.UYAVYA, Order.YUVA444, Order.Alpha,
+]
+
+class _Readable(Protocol):
+    def readinto(self, buffer: memoryview, /) -> int | None: ...
+
+class _Writable(Protocol):
+    def write(self, data: memoryview, /) -> int | None: ...
+
+_Path = str | PathLike[str]
 
 __all__: list[str]
 __version__: str
@@ -85,8 +101,9 @@ class Payload(NamedTuple):
     size: int
 
 class FrameInfo(NamedTuple):
-    order: Order | None
-    type: Type | None
+    # None with stitched chunks; Any spares the check to those who have none.
+    order: Order | Any
+    type: Type | Any
     width: int
     height: int
     interlaced: bool
@@ -98,17 +115,17 @@ class Unwrapped(NamedTuple):
     alpha: _Array | None
 
 class Encoder:
-    def __init__(self, threads: int = 1) -> None: ...
+    def __init__(self, threads: _Int = 1) -> None: ...
     def encode(
         self,
         array: _Samples,
         order: _OrderLike,
         type: _TypeLike | None = None,
         *,
-        width: int | None = None,
+        width: _Int | None = None,
         interlaced: bool = False,
         alpha_rle: bool = False,
-        rle_slices: int = 0,
+        rle_slices: _Int = 0,
     ) -> bytes: ...
     def wrap(
         self,
@@ -117,25 +134,30 @@ class Encoder:
         *,
         interlaced: bool = False,
         alpha_rle: bool = False,
-        rle_slices: int = 0,
+        rle_slices: _Int = 0,
     ) -> bytes: ...
     def wrap_tiles(
-        self, chunks: Iterable[_Buffer], width: int, height: int, *, interlaced: bool = False
+        self, chunks: Iterable[_Buffer], width: _Int, height: _Int, *, interlaced: bool = False
     ) -> bytes: ...
     def close(self) -> None: ...
     def __enter__(self) -> Self: ...
     def __exit__(self, *raised: type[BaseException] | BaseException | TracebackType | None) -> None: ...
 
 class Decoder:
-    def __init__(self, threads: int = 1) -> None: ...
+    def __init__(self, threads: _Int = 1) -> None: ...
     def info(self, data: _Buffer) -> FrameInfo: ...
+    @overload
+    def decode(
+        self, data: _Buffer, order: _OneArray, type: _TypeLike | None = None, out: _Array | None = None
+    ) -> _Array: ...
+    @overload
     def decode(
         self,
         data: _Buffer,
         order: _OrderLike | None = None,
         type: _TypeLike | None = None,
         out: _Out | None = None,
-    ) -> _Frame: ...
+    ) -> Any: ...
     def unwrap(self, data: _Buffer) -> Unwrapped: ...
     def close(self) -> None: ...
     def __enter__(self) -> Self: ...
@@ -148,15 +170,15 @@ class Reader:
     info: FrameInfo | None
     def __init__(
         self,
-        file: _File,
+        file: _Path | BinaryIO | _Readable,
         order: _OrderLike | None = None,
         type: _TypeLike | None = None,
         *,
         out: _Out | None = None,
-        threads: int = 1,
+        threads: _Int = 1,
     ) -> None: ...
     def __iter__(self) -> Self: ...
-    def __next__(self) -> _Frame: ...
+    def __next__(self) -> Any: ...
     def read_bytes(self) -> bytes: ...
     def close(self) -> None: ...
     def __enter__(self) -> Self: ...
@@ -167,15 +189,15 @@ class Writer:
     count: int
     def __init__(
         self,
-        file: _File,
+        file: _Path | BinaryIO | _Writable,
         order: _OrderLike | None = None,
         type: _TypeLike | None = None,
         *,
-        width: int | None = None,
+        width: _Int | None = None,
         interlaced: bool = False,
         alpha_rle: bool = False,
-        rle_slices: int = 0,
-        threads: int = 1,
+        rle_slices: _Int = 0,
+        threads: _Int = 1,
     ) -> None: ...
     def write(self, array: _Samples) -> None: ...
     def write_bytes(self, data: _Buffer) -> None: ...
@@ -188,20 +210,25 @@ def encode(
     order: _OrderLike,
     type: _TypeLike | None = None,
     *,
-    width: int | None = None,
+    width: _Int | None = None,
     interlaced: bool = False,
     alpha_rle: bool = False,
-    rle_slices: int = 0,
-    threads: int = 1,
+    rle_slices: _Int = 0,
+    threads: _Int = 1,
 ) -> bytes: ...
+@overload
+def decode(
+    data: _Buffer, order: _OneArray, type: _TypeLike | None = None, out: _Array | None = None, *, threads: _Int = 1
+) -> _Array: ...
+@overload
 def decode(
     data: _Buffer,
     order: _OrderLike | None = None,
     type: _TypeLike | None = None,
     out: _Out | None = None,
     *,
-    threads: int = 1,
-) -> _Frame: ...
+    threads: _Int = 1,
+) -> Any: ...
 def info(data: _Buffer) -> FrameInfo: ...
 def wrap(
     qcx: _Buffer,
@@ -209,11 +236,12 @@ def wrap(
     *,
     interlaced: bool = False,
     alpha_rle: bool = False,
-    rle_slices: int = 0,
-    threads: int = 1,
+    rle_slices: _Int = 0,
+    threads: _Int = 1,
 ) -> bytes: ...
-def wrap_tiles(chunks: Iterable[_Buffer], width: int, height: int, *, interlaced: bool = False) -> bytes: ...
-def unwrap(data: _Buffer, *, threads: int = 1) -> Unwrapped: ...
-def empty(
-    order: _OrderLike, type: _TypeLike | None = None, *, width: int, height: int
-) -> _Frame: ...
+def wrap_tiles(chunks: Iterable[_Buffer], width: _Int, height: _Int, *, interlaced: bool = False) -> bytes: ...
+def unwrap(data: _Buffer, *, threads: _Int = 1) -> Unwrapped: ...
+@overload
+def empty(order: _OneArray, type: _TypeLike | None = None, *, width: _Int, height: _Int) -> _Array: ...
+@overload
+def empty(order: _OrderLike, type: _TypeLike | None = None, *, width: _Int, height: _Int) -> Any: ...

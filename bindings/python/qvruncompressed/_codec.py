@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Encoder and Decoder: the library's handles, on arrays."""
 
+import contextlib
 from enum import IntEnum
 from typing import NamedTuple
 
@@ -9,7 +10,7 @@ import numpy as np
 from . import _core
 from ._errors import ArgumentError, DecodeError, EncodeError
 from ._formats import Order, Type, find_layout, parse_format, type_of_dtype
-from ._frames import check_out, frame_size, new_frame, planes_of, require_pixels, source_run, target_run
+from ._frames import check_out, frame_size, new_frame, planes_of, require_pixels, source_run, target_run, whole
 
 MOST_THREADS = 1024
 
@@ -57,9 +58,7 @@ class _Codec:
     """A handle with a lock of its own: any number of threads may use it, one call works at a time."""
 
     def __init__(self, core, threads):
-        if not 0 <= threads <= MOST_THREADS:
-            raise ArgumentError(f"threads must be from 0 to {MOST_THREADS}, not {threads}")
-        self._core = core(threads)
+        self._core = core(whole("threads", threads, 0, MOST_THREADS))
 
     def close(self):
         """Ends the handle and its threads. Later calls raise ArgumentError; closing again does nothing."""
@@ -95,10 +94,10 @@ class Encoder(_Codec):
         Raises ArgumentError for wrong arrays or names, EncodeError with the library's message.
         """
         layout, arrays = _source(array, *parse_format(order, type))
-        size = frame_size(layout, arrays, width)
+        size = frame_size(layout, arrays, None if width is None else whole("width", width))
         run = source_run(layout, arrays, *size, tight_alpha=alpha_rle)
         return _encoded(layout, size, self._core.encode, _record(layout, size, run, interlaced), bool(alpha_rle),
-                        _slices(rle_slices), run.memory)
+                        whole("rle_slices", rle_slices, 0, 255), run.memory)
 
     def wrap(self, qcx, alpha, *, interlaced=False, alpha_rle=False, rle_slices=0):
         """Wraps a compressed QCX frame beside an alpha plane and returns the bitstream as bytes.
@@ -110,7 +109,7 @@ class Encoder(_Codec):
         size = frame_size(layout, arrays)
         run = source_run(layout, arrays, *size, tight_alpha=alpha_rle)
         return _encoded(layout, size, self._core.wrap, _record(layout, size, run, interlaced), bool(alpha_rle),
-                        _slices(rle_slices), WrapType.QCX, [qcx], run.memory)
+                        whole("rle_slices", rle_slices, 0, 255), WrapType.QCX, [qcx], run.memory)
 
     def wrap_tiles(self, chunks, width, height, *, interlaced=False):
         """Wraps stitched chunks, in order, and returns the bitstream as bytes.
@@ -118,6 +117,7 @@ class Encoder(_Codec):
         chunks: at least one of bytes or any contiguous buffer. width, height: pixels of the whole frame.
         """
         layout = find_layout(Order.Alpha, Type.U8)
+        width, height = whole("width", width), whole("height", height)
         require_pixels(layout, width, height)
         chunks = list(chunks)
         if not chunks:
@@ -159,17 +159,16 @@ class Decoder(_Codec):
         info = self.info(data)
         if info.order is None:
             raise DecodeError("the frame holds stitched chunks, which unwrap() takes out")
-        layout = find_layout(info.order if order is None else order, info.type if type is None else type)
-        size = (info.width, info.height)
+        layout, size = _described(info, order, type)
         if out is None:
-            run, arrays = new_frame(layout, *size)
+            run, arrays = _frame_for(layout, size)
             self._core.decode(_record(layout, size, run), data, run.memory)
             return arrays[0] if len(arrays) == 1 else arrays
         targets = planes_of(layout, out)
         check_out(layout, targets, *size, np.frombuffer(data, np.uint8))
         run, arrays = target_run(layout, targets), targets
         if run is None:
-            run, arrays = new_frame(layout, *size)
+            run, arrays = _frame_for(layout, size)
         self._core.decode(_record(layout, size, run), data, run.memory)
         for to, source in zip(targets, arrays):
             if to is not source:
@@ -178,6 +177,7 @@ class Decoder(_Codec):
 
     def unwrap(self, data):
         """Takes the wrapped payloads out of a frame: an Unwrapped. Raises DecodeError, also when there are none."""
+        data = _core.frozen(data)
         info = self.info(data)
         first = info.wrapped[0].type if info.wrapped else None
         if first is WrapType.Tile:
@@ -186,9 +186,8 @@ class Decoder(_Codec):
             raise DecodeError("there is no lone alpha plane beside the QCX frame")
         if first is not WrapType.QCX:
             return Unwrapped(info, self._core.unwrap((0,) * 7, data, bytearray()), None)
-        layout = find_layout(info.order, info.type)
-        size = (info.width, info.height)
-        run, arrays = new_frame(layout, *size)
+        layout, size = _described(info)
+        run, arrays = _frame_for(layout, size)
         return Unwrapped(info, self._core.unwrap(_record(layout, size, run), data, run.memory), arrays[0])
 
 
@@ -203,15 +202,29 @@ def _source(given, order, type):
     return layout, tuple(np.asarray(array) for array in planes_of(layout, given))
 
 
+@contextlib.contextmanager
+def _blaming_the_bitstream():
+    try:
+        yield
+    except ArgumentError as error:
+        raise DecodeError(str(error)) from None
+
+
+def _described(info, order=None, type=None):
+    """The Layout, with the caller's order and type where given, and the size of a frame that is to be decoded."""
+    with _blaming_the_bitstream():
+        layout = find_layout(info.order if order is None else order, info.type if type is None else type)
+    return layout, (info.width, info.height)
+
+
+def _frame_for(layout, size):
+    with _blaming_the_bitstream():
+        return new_frame(layout, *size)
+
+
 def _record(layout, size, run, interlaced=False):
     """The frame's record, without its size field."""
     return (layout.order, layout.type, *size, run.strides[0], int(bool(interlaced)), run.strides[1])
-
-
-def _slices(count):
-    if not 0 <= count <= 255:
-        raise ArgumentError(f"rle_slices must be from 0 to 255, not {count}")
-    return count
 
 
 def _encoded(layout, size, call, *arguments):

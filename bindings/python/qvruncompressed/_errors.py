@@ -15,8 +15,11 @@ class EncodeError(QVRError):
 
 
 class DecodeError(QVRError):
-    """The library refused a bitstream, or to decode it as asked for. The message is the library's own."""
+    """The library refused a bitstream, or to decode it as asked for, or the frame is too large for an array.
+
+    The message is the library's own where it was the library that refused.
+    """
 
 
 class FileError(QVRError):
-    """A .qvr file is damaged. The message names the file, the frame's number and its offset."""
+    """A .qvr file is damaged, or reading or writing it has broken off. The message names the file and the place."""

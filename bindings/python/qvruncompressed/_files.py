@@ -1,21 +1,27 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Files of frames, one after the other: each begins with its 'pack' box, whose size is the size of the frame."""
 
+import io
 import itertools
 import os
+import shutil
 import struct
 
+from . import _core
 from ._codec import Decoder, Encoder
 from ._errors import ArgumentError, DecodeError, FileError
+from ._formats import parse_format
 
 HEADER = struct.Struct("<I4s")
 PIECE = 1 << 24
 
 
-def _open(file, mode):
+def _open(file, mode, method):
     """(file object, its name, whether it is ours to close)"""
     if isinstance(file, (str, os.PathLike)):
         return open(file, mode), os.fspath(file), True
+    if isinstance(file, io.TextIOBase) or not callable(getattr(file, method, None)):
+        raise ArgumentError(f"expected a path or a binary file object with {method}(), got {type(file).__name__}")
     return file, str(getattr(file, "name", "the file")), False
 
 
@@ -24,9 +30,10 @@ _numbers = itertools.count()
 
 def _names(path):
     """(the file that a path leads to, its name while it is written); no such name for devices and pipes."""
-    target = os.path.realpath(os.fspath(path))
-    if os.path.exists(target) and not os.path.isfile(target):
-        return target, None
+    # Asked of the path itself: what /dev/stdout leads to may have no other.
+    if os.path.exists(path) and not os.path.isfile(path):
+        return path, None
+    target = os.path.realpath(path)
     return target, f"{target}.part-{os.getpid()}-{next(_numbers)}"
 
 
@@ -36,18 +43,20 @@ class Reader:
     file: a path, or a binary file object with readinto(), which is not closed: a pipe will do.
     order, type, out: as for Decoder.decode; the frames of the iteration. threads: as for Decoder.
 
-    index, offset: of the last frame that was read; -1 and 0 before the first. info: its FrameInfo, once it was decoded.
+    index, offset: of the last frame that was read, counted from where reading began; -1 and 0 before the first.
+    info: the FrameInfo of the last frame, if it was decoded; None after read_bytes().
     A reader is for one thread at a time. Raises FileError for a damaged file or frame; behind a frame that cannot be
-    decoded reading can go on, behind one whose size is damaged it ends.
+    decoded reading can go on, behind one whose size is damaged it ends. So it does when an exception such as a timeout
+    cuts a call short: later calls raise FileError.
     """
 
     def __init__(self, file, order=None, type=None, *, out=None, threads=1):
+        self._how = (*parse_format(order, type), out)
         self._decoder = Decoder(threads)
-        self._how = (order, type, out)
-        self._file, self.name, self._ours = _open(file, "rb")
+        self._file, self.name, self._ours = _open(file, "rb", "readinto")
         self._buffer = bytearray()
         self._end = 0
-        self._damaged = False
+        self._closed = self._damaged = self._reading = False
         self.index = -1
         self.offset = 0
         self.info = None
@@ -63,15 +72,17 @@ class Reader:
         try:
             self.info = self._decoder.info(frame)
             return self._decoder.decode(frame, *self._how)
-        except DecodeError as error:
-            raise self._error(str(error)) from error
+        except (DecodeError, MemoryError) as error:
+            # The size is the frame's own, and damage can make it any.
+            raise self._error(str(error) or "there is too little memory for this frame") from error
 
     def read_bytes(self):
         """The next frame as it stands in the file, for unwrap() and the like; b"" at the end."""
         return bytes(self._next())
 
     def close(self):
-        """Ends the decoder, and closes the file if the reader opened it."""
+        """Ends the decoder, and closes the file if the reader opened it. Later calls are refused."""
+        self._closed = True
         self._decoder.close()
         if self._ours:
             self._file.close()
@@ -84,26 +95,38 @@ class Reader:
 
     def _next(self):
         """A view of the next frame's bytes, empty at the end of the file and behind damage."""
-        have = 0 if self._damaged else self._fill(0, HEADER.size)
-        if have == 0:
+        if self._closed:
+            raise ArgumentError("the reader is closed")
+        if self._reading:
+            raise FileError(f"{self.name}: reading was interrupted behind offset {self._end}, and cannot go on")
+        self._reading = True
+        size, damage = (0, None) if self._damaged else self._read_frame()
+        self._reading = False
+        if not size and not damage:
             return memoryview(b"")
         self.index += 1
         self.offset = self._end
         self.info = None
-        self._damaged = True
-        if have < HEADER.size:
-            raise self._error(f"only {have} bytes are left, fewer than a box header has")
-        size, kind = HEADER.unpack_from(self._buffer)
-        if kind != b"pack":
-            raise self._error("a 'pack' box should begin here")
-        if size < HEADER.size:
-            raise self._error(f"the 'pack' box says that it has {size} bytes, fewer than its own header")
-        have = self._fill(HEADER.size, size)
-        if have < size:
-            raise self._error(f"the 'pack' box says that the frame has {size} bytes, but the file ends after {have}")
-        self._damaged = False
+        if damage:
+            self._damaged = True
+            raise self._error(damage)
         self._end += size
         return memoryview(self._buffer)[:size].toreadonly()
+
+    def _read_frame(self):
+        """Reads the next frame into the buffer: (its size, 0 at the end; what is wrong with it, or None)"""
+        have = self._fill(0, HEADER.size)
+        if have < HEADER.size:
+            return have, f"only {have} bytes are left, fewer than a box header has" if have else None
+        size, kind = HEADER.unpack_from(self._buffer)
+        if kind != b"pack":
+            return size, "a 'pack' box should begin here"
+        if size < HEADER.size:
+            return size, f"the 'pack' box says that it has {size} bytes, fewer than its own header"
+        have = self._fill(HEADER.size, size)
+        if have < size:
+            return size, f"the 'pack' box says that the frame has {size} bytes, but the file ends after {have}"
+        return size, None
 
     def _fill(self, have, want):
         """Reads on until the buffer holds `want` bytes, and says how many it holds. It grows with what the file has."""
@@ -113,7 +136,10 @@ class Reader:
                 # A new one: views of the old one may live on in the traceback of an error.
                 self._buffer = self._buffer[:have].ljust(room, b"\0")
             count = self._file.readinto(memoryview(self._buffer)[have:room])
-            if not count:
+            if count is None:
+                raise FileError(f"{self.name}: behind offset {self._end} the file has no bytes yet; a reader needs one "
+                                "that waits for them (blocking)")
+            if count == 0:
                 break
             have += count
         return have
@@ -126,54 +152,70 @@ class Writer:
     """Writes frames into a .qvr file, one after the other.
 
     file: a path, or a binary file object, which is not closed. A file gets its name when the writer is closed and is
-    PATH.part-PID-N until then; an exception inside `with` removes it and leaves what was there before.
+    PATH.part-PID-N until then; it has the mode of the one that it replaces. An exception inside `with`, or a frame that
+    could be written in part only, removes it and leaves what was there before.
     order, type and the options: as for Encoder.encode. threads: as for Encoder. count: frames written so far.
     A writer is for one thread at a time.
     """
 
     def __init__(self, file, order=None, type=None, *, width=None, interlaced=False, alpha_rle=False, rle_slices=0,
                  threads=1):
-        self._encoder = Encoder(threads)
-        self._order = order
+        self._order, type = parse_format(order, type)
         self._how = dict(type=type, width=width, interlaced=interlaced, alpha_rle=alpha_rle, rle_slices=rle_slices)
+        self._encoder = Encoder(threads)
         self._target = self._part = None
         if isinstance(file, (str, os.PathLike)):
             self._target, self._part = _names(file)
-        self._file, self.name, self._ours = _open(self._part or file, "wb")
+        self._file, self.name, self._ours = _open(self._part or file, "wb", "write")
+        if self._part and os.path.exists(self._target):
+            shutil.copymode(self._target, self._part)
         self.name = os.fspath(file) if self._ours else self.name
+        self._closed = self._broken = False
         self.count = 0
 
     def write(self, array):
         """Encodes a frame and writes it. Errors are those of Encoder.encode and of the file."""
+        self._require_usable()
         self._put(memoryview(self._encoder.encode(array, self._order, **self._how)))
 
     def write_bytes(self, data):
         """Writes a frame that is encoded already: what encode(), wrap() or Reader.read_bytes() gave."""
-        frame = memoryview(data).cast("B")
+        self._require_usable()
+        frame = memoryview(_core.frozen(data))
         size, kind = HEADER.unpack_from(frame) if len(frame) >= HEADER.size else (0, b"")
         if kind != b"pack" or size != len(frame):
             raise ArgumentError(f"these {len(frame)} bytes are not one whole frame")
         self._put(frame)
 
+    def _require_usable(self):
+        if self._closed:
+            raise ArgumentError("the writer is closed")
+        if self._broken:
+            raise FileError(f"{self.name}: frame {self.count} was written in part, and nothing can follow it")
+
     def _put(self, frame):
+        self._broken = True  # until the frame is whole
         while frame:
             written = self._file.write(frame)
             if not written:  # None: a raw file that would have to wait
-                raise FileError(f"{self.name}: it takes no more bytes, so that frame {self.count} is not complete")
+                raise FileError(f"{self.name}: write() must return how many bytes it took, at least one, but returned "
+                                f"{written}: frame {self.count} is not complete")
             frame = frame[written:]
+        self._broken = False
         self.count += 1
 
     def close(self):
-        """Ends the encoder; a file that the writer opened is closed and gets its name."""
+        """Ends the encoder; a file that the writer opened is closed and gets its name. Later calls are refused."""
         self._end(keep=True)
 
     def _end(self, keep):
+        self._closed = True
         part, self._part = self._part, None
         try:
             self._encoder.close()
             if self._ours:
                 self._file.close()
-            if part and keep:
+            if part and keep and not self._broken:
                 os.replace(part, self._target)
                 part = None
         finally:

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Orders and types by name, and the one table that says which arrays hold a frame of each pair."""
 
+import reprlib
 from enum import IntEnum
 from typing import NamedTuple
 
@@ -13,8 +14,8 @@ class Order(IntEnum):
     """Which components a pixel has, in which memory order, in how many planes.
 
     Wherever an order is asked for, a member, its number or one of its names does; names are taken in any case and
-    with '+' for '_': Order.UYVY, 2, "UYVY", "cbycry". A few names imply a type as well: "v210", "v216", "RGB24",
-    "BGR24", "RGB48", "RGBA64".
+    with '+' for '_': Order.UYVY, 2, "UYVY", "cbycry". Names that `qvr formats` lists beside them imply a type as well:
+    "v210", "Y216", "RGB24", "BGRA64", "GRAY8".
     """
 
     YUY2 = 1
@@ -51,7 +52,11 @@ class Order(IntEnum):
 
 
 class Type(IntEnum):
-    """How a sample is stored in memory. A member, its number or one of its names does; names are taken in any case."""
+    """How a sample is stored in memory.
+
+    A member, its number or one of its names does; names are taken in any case. So does a dtype, such as np.float32,
+    where the order has one type of it.
+    """
 
     U8 = 1
     uint8 = 1
@@ -68,14 +73,41 @@ class Type(IntEnum):
     Fixed16 = 214
 
 
-# Names that say order and type at once.
+# Names that say order and type at once: those that the tool takes and that are no order's.
 PAIR_NAMES = {
+    "2vuy": (Order.UYVY, Type.U8),
+    "yuvs": (Order.YUY2, Type.U8),
     "v210": (Order.UYVY, Type.U10Packed),
     "v216": (Order.UYVY, Type.U16),
+    "y210": (Order.YUY2, Type.U10),
+    "y212": (Order.YUY2, Type.U12),
+    "y216": (Order.YUY2, Type.U16),
+    "iyuv": (Order.I420, Type.U8),
+    "gray8": (Order.Alpha, Type.U8),
+    "gray16": (Order.Alpha, Type.U16),
     "rgb24": (Order.RGB, Type.U8),
-    "bgr24": (Order.BGR, Type.U8),
     "rgb48": (Order.RGB, Type.U16),
+    "bgr24": (Order.BGR, Type.U8),
+    "bgr48": (Order.BGR, Type.U16),
+    "rgba32": (Order.RGBA, Type.U8),
     "rgba64": (Order.RGBA, Type.U16),
+    "bgra32": (Order.BGRA, Type.U8),
+    "bgra64": (Order.BGRA, Type.U16),
+    "argb32": (Order.ARGB, Type.U8),
+    "argb64": (Order.ARGB, Type.U16),
+    "abgr32": (Order.ABGR, Type.U8),
+    "abgr64": (Order.ABGR, Type.U16),
+}
+
+# The tool's other names of types, which can be no members.
+TYPE_NAMES = {
+    "8bit": Type.U8,
+    "16bit": Type.U16,
+    "10bit": Type.U10,
+    "12bit": Type.U12,
+    "f16": Type.Half,
+    "f32": Type.Float,
+    "s1.14": Type.Fixed16,
 }
 
 DTYPES = {
@@ -190,35 +222,50 @@ LAYOUTS = {
 }
 
 
-def _look_up(enum, given, what):
+def _look_up(enum, given, what, others):
+    """The member that a caller names, or what others, a table by names in small letters, have for it."""
+    names = {name.lower(): member for name, member in enum.__members__.items()} | others
     try:
-        if not isinstance(given, str):
-            return enum(given)
-        return {name.lower(): member for name, member in enum.__members__.items()}[given.lower().replace("+", "_")]
+        return names[given.lower().replace("+", "_")] if isinstance(given, str) else enum(given)
     except (KeyError, ValueError):
-        names = ", ".join(member.name for member in enum)
-        raise ArgumentError(f"there is no {what} {given!r}; {what}s are {names}") from None
+        shown = ", ".join(member.name for member in enum)
+        raise ArgumentError(f"there is no {what} {reprlib.repr(given)}; {what}s are {shown}") from None
+
+
+def _as_dtype(given):
+    """The dtype, if that is what a caller gave for a type."""
+    is_scalar = isinstance(given, type) and issubclass(given, np.generic)
+    return np.dtype(given) if is_scalar or isinstance(given, np.dtype) else None
 
 
 def parse_format(order, type):
-    """(Order or None, Type or None) of what a caller gave; None stands for what was not given."""
+    """(Order or None, Type or None) of what a caller gave, which go together; None stands for what was not given."""
     implied = None
-    if isinstance(order, str) and order.lower() in PAIR_NAMES:
-        order, implied = PAIR_NAMES[order.lower()]
-    elif order is not None:
-        order = _look_up(Order, order, "order")
+    if order is not None:
+        order = _look_up(Order, order, "order", PAIR_NAMES)
+        if not isinstance(order, Order):
+            order, implied = order
     if type is not None:
-        type = _look_up(Type, type, "type")
+        dtype = _as_dtype(type)
+        if dtype is None:
+            type = _look_up(Type, type, "type", TYPE_NAMES)
+        else:
+            type = implied if implied and DTYPES[implied] == dtype else type_of_dtype(order, dtype)
         if implied not in (None, type):
             raise ArgumentError(f"type {type.name} contradicts the order's name, which is type {implied.name}")
+        if order is not None:
+            find_layout(order, type)
     return order, type if type is not None else implied
 
 
 def type_of_dtype(order, dtype):
-    """The one Type that stores the samples of an Order as that dtype."""
-    types = [type for (its_order, type), layout in LAYOUTS.items() if its_order == order and layout.dtype == dtype]
+    """The one Type that stores the samples of an Order, or of any for None, as that dtype."""
+    taken = {type: DTYPES[type] for type in Type if order is None or (order, type) in LAYOUTS}
+    types = [type for type in taken if taken[type] == dtype]
     if not types:
-        raise ArgumentError(f"order {order.name} has no type of dtype {dtype}; say type= for what it should be")
+        *names, last = dict.fromkeys(str(its) for its in taken.values())
+        what = "a frame" if order is None else f"order {order.name}"
+        raise ArgumentError(f"{what} takes {', '.join(names)} or {last}, not {dtype}: convert it with astype()")
     if len(types) > 1:
         names = ", ".join(type.name for type in types)
         raise ArgumentError(f"samples of dtype {dtype} can be any of {names}: say which with type=")

@@ -5,6 +5,8 @@ The library takes a frame as one run of bytes: planes behind each other without 
 distances. Arrays that lie so are used as they are; others by way of a new frame that is copied from or to.
 """
 
+import math
+import operator
 from typing import NamedTuple
 
 import numpy as np
@@ -19,6 +21,17 @@ class Run(NamedTuple):
 
     memory: np.ndarray
     strides: tuple
+
+
+def whole(name, value, least=-math.inf, most=math.inf):
+    """A caller's whole number, of NumPy's kinds too, as one of Python, which does not overflow."""
+    try:
+        number = operator.index(value)
+    except TypeError:
+        raise ArgumentError(f"{name} must be a whole number, not {type(value).__name__}") from None
+    if not least <= number <= most:
+        raise ArgumentError(f"{name} must be from {least} to {most}, not {number}")
+    return number
 
 
 def require_size(layout, width, height):
@@ -36,12 +49,13 @@ def require_pixels(layout, width, height):
         raise ArgumentError(f"{layout}: a frame of {width}x{height} has no pixels")
 
 
-def new_frame(layout, width, height):
-    """The Run of a new frame and its arrays, one for each plane."""
+def new_frame(layout, width, height, unset=False):
+    """The Run of a new frame and its arrays, one for each plane.
+
+    unset: whether all samples are written for certain. Decoding does not: a bitstream need not name all of them.
+    """
     require_size(layout, width, height)
-    # Of an odd 4:2:2 row the library does not write the last column's samples that no pixel has.
-    make = np.zeros if width % 2 else np.empty
-    memory = make(layout.size(width, height), np.uint8)
+    memory = (np.empty if unset else np.zeros)(layout.size(width, height), np.uint8)
     arrays = []
     strides = [0, 0]
     start = 0
@@ -84,7 +98,7 @@ def source_run(layout, arrays, width, height, tight_alpha):
     require_pixels(layout, width, height)
     run = _as_run(layout, arrays, tight_alpha)
     if run is None:
-        run, copies = new_frame(layout, width, height)
+        run, copies = new_frame(layout, width, height, unset=True)
         for to, source in zip(copies, arrays):
             np.copyto(to, source)
     return run
@@ -129,15 +143,24 @@ def _as_run(layout, arrays, tight_alpha):
             return None
         strides[plane.stride] = stride
         position += stride * array.shape[0]
-    owner = arrays[0]
-    while isinstance(owner.base, np.ndarray):
-        owner = owner.base
-    first = start - _address(owner)
     size = position - start
-    # The library wants the last row with its gap, which may lie behind the owner's end.
-    if not owner.flags.c_contiguous or first < 0 or first + size > owner.nbytes or size > MOST_BYTES:
-        return None
-    return Run(owner.reshape(-1).view(np.uint8)[first : first + size], (strides[0], strides[1] or 0))
+    for owner in _owners(arrays[0]):
+        first = start - _address(owner)
+        # The library wants the last row with its gap, which may lie behind the owner's end.
+        if owner.flags.c_contiguous and first >= 0 and first + size <= owner.nbytes and size <= MOST_BYTES:
+            return Run(owner.reshape(-1).view(np.uint8)[first : first + size], (strides[0], strides[1] or 0))
+    return None
+
+
+def _owners(array):
+    """The array, those that it is a view of, and last the buffer that all of them lie in, if it is another's."""
+    while isinstance(array, np.ndarray):
+        yield np.asarray(array)
+        array = array.base
+    try:
+        yield np.frombuffer(array, np.uint8)
+    except (TypeError, ValueError, BufferError):  # NumPy's own memory, or no contiguous buffer
+        pass
 
 
 def _address(array):
