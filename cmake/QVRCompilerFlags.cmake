@@ -1,10 +1,10 @@
 # SPDX-License-Identifier: BSD-3-Clause
 #
-# Warnings are an interface target so that the library, the tool and the tests share one list. Inside
-# another project, which may use another compiler, they are no errors.
+# Warnings are an interface target so that the library, the tool and the tests share one list. They are errors in the
+# presets and checks alone: whoever builds with another compiler may meet a warning that nobody has seen yet.
 add_library(qvr_warnings INTERFACE)
 target_compile_options(qvr_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
-if(PROJECT_IS_TOP_LEVEL)
+if(QVR_WERROR)
   target_compile_options(qvr_warnings INTERFACE -Werror)
 endif()
 

@@ -1,9 +1,12 @@
 # SPDX-License-Identifier: BSD-3-Clause
 #
-# What is installed, in three components:
+# What is installed, in five components:
 #   runtime      the shared library
-#   development  header, links, static library, the files for CMake and pkg-config
-#   tools        qvr (its rule stands beside it)
+#   development  header, links, static library, the files for CMake and pkg-config, the documentation
+#   tools        qvr
+#   gstreamer    the GStreamer plug-in
+#   python       the Python package
+# The rules of tool, documentation, plug-in and Python package stand beside them.
 # Nothing installed holds the prefix, so that the folder may be moved afterwards.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)

@@ -8,13 +8,13 @@
 Each part of PARTS that was not built is named by --without.
 
 Each page has a temporary folder of its own, where its blocks run from top to bottom. It looks like the root of the
-repository (links to all that lies there), build/demo, build/package and build/release have what was built (BUILT), and it
-holds the files of INPUTS. 'qvr' and the examples are on PATH; the library is installed in a folder that compilers,
-CMake, pkg-config and the loader look into.
+repository (links to all that lies there), the build folders that the page has its reader make (MAKERS) have what was built
+(BUILT), and it holds the files of INPUTS. Everything is installed in $HOME/qvr, where compilers, CMake, pkg-config and
+the loader look. 'qvr' is not on PATH: a page says how it gets there.
 
 What is done with a block depends on its language:
 
-    sh              run by bash; any command that fails fails the test
+    sh              run by bash; any command that fails fails the test; what it exports, the blocks behind have too
     python          run by /usr/bin/python3, behind the Python blocks before it, as cells of a notebook are
     c, cpp          compiled, without a warning; not run
     none, or text   nothing: a drawing, a file name, an output
@@ -42,6 +42,7 @@ import argparse
 import os
 import pathlib
 import re
+import shlex
 import shutil
 import signal
 import struct
@@ -101,9 +102,8 @@ def check_links(page):
 # ---- The folder that blocks run in -----------------------------------------------------------------------------------
 
 
-def raw(frame_bytes, frames=1):
-    pattern = bytes((i * 7 + i // 251) % 256 for i in range(4096))
-    return (pattern * (frame_bytes // len(pattern) + 1))[:frame_bytes] * frames
+def raw(size):
+    return bytes((i * 7 + i // 251) % 256 for i in range(size))
 
 
 def compressed_frame(width, height):
@@ -115,46 +115,37 @@ def compressed_frame(width, height):
     return bytes(frame)
 
 
-PICTURE = "tests/data/flower_small.png"
-
-
-def picture(source):
-    return (source / PICTURE).read_bytes()
-
-
-def size_of_png(data):
-    return struct.unpack(">II", data[16:24])
-
-
+# What only other programs make: a compressed frame as large as tests/data/flower_small.png, and chunks.
 INPUTS = {
-    "photo.png": picture,
-    "matte.png": picture,
-    "frame.bin": lambda source: compressed_frame(*size_of_png(picture(source))),
-    "clip.yuv": lambda source: raw(1920 * 1080 * 2, frames=2),
-    "clip.v210": lambda source: raw(1920 // 6 * 16 * 1080, frames=2),
-    "clip.rgba": lambda source: raw(640 * 360 * 4, frames=3),
-    "a.bin": lambda source: raw(1000),
-    "b.bin": lambda source: raw(2000),
-    "c.bin": lambda source: raw(3000),
+    "frame.bin": compressed_frame(320, 240),
+    "a.bin": raw(1000),
+    "b.bin": raw(2000),
+    "c.bin": raw(3000),
 }
-
 
 # What pages look for in a build folder. Not the folder itself: a block must not be able to change it.
 BUILT = ("src/libQVRUncompressed*", "tools/qvr/qvr", "examples/*", "plugins/gstreamer/*.so")
 
+# How a page makes a build folder, be it in its text or in a block that is not run.
+MAKERS = (r"cmake -S \. -B build/(\w+)", r"\./scripts/(demo)\b")
 
-def furnish(folder, source, build):
+
+def made_folders(text):
+    return {name for maker in MAKERS for name in re.findall(maker, text)}
+
+
+def furnish(folder, page, source, build):
     for entry in source.iterdir():
         if entry.name != ".git" and not entry.name.startswith("build"):
             (folder / entry.name).symlink_to(entry)
-    for name in ("demo", "package", "release"):
+    for name in made_folders(page.read_text()):
         for pattern in BUILT:
             for file in filter(pathlib.Path.is_file, build.glob(pattern)):
                 link = folder / "build" / name / file.relative_to(build)
                 link.parent.mkdir(parents=True, exist_ok=True)
                 link.symlink_to(file)
     for name, content in INPUTS.items():
-        (folder / name).write_bytes(content(source))
+        (folder / name).write_bytes(content)
 
 
 def install(build, prefix):
@@ -177,16 +168,15 @@ def stop_commands(folder):
 def environment(build, prefix):
     libraries = sorted({str(path.parent) for path in prefix.rglob("libQVRUncompressed.so")})
     lists = {
-        "PATH": [stop_commands(prefix.parent / "stopped"), build / "tools/qvr", build / "examples"],
+        "PATH": [stop_commands(prefix.parent / "stopped")],
         "CPATH": [prefix / "include"],
         "LIBRARY_PATH": libraries,
         "LD_LIBRARY_PATH": libraries,
         "CMAKE_PREFIX_PATH": [prefix],
         "PYTHONPATH": [build / "bindings/python"],
-        "GST_PLUGIN_PATH": [build / "plugins/gstreamer"],
         "PKG_CONFIG_PATH": [folder + "/pkgconfig" for folder in libraries],
     }
-    values = dict(os.environ, LC_ALL="C.UTF-8")
+    values = dict(os.environ, LC_ALL="C.UTF-8", HOME=str(prefix.parent))
     for name, folders in lists.items():
         values[name] = ":".join([str(each) for each in folders] + list(filter(None, [values.get(name)])))
     return values
@@ -217,6 +207,12 @@ with contextlib.redirect_stdout(io.StringIO()):
 exec(compile(block, "block", "exec"), state)
 file.write_text(earlier + block)
 """
+
+
+def shell_script(text, folder):
+    """A block between what the ones before it have exported and what it exports itself."""
+    exported, folder = shlex.quote(str(folder / ".exported")), shlex.quote(str(folder))
+    return f"[ ! -e {exported} ] || . {exported}\ncd {folder}\n{text}export -p > {exported}\n"
 
 
 def compile_only(language, text, folder, values):
@@ -273,7 +269,7 @@ def treat(block, folder, source, values, printed):
         (folder / block.argument).parent.mkdir(parents=True, exist_ok=True)
         (folder / block.argument).write_text(block.text)
     elif block.language == "sh":
-        return run(shell, block.text, folder, values)
+        return run(shell, shell_script(block.text, folder), folder, values)
     elif block.language == "python":
         return run(["/usr/bin/python3", "-c", NOTEBOOK], block.text, folder, values)
     elif block.language in ("c", "cpp"):
@@ -287,10 +283,10 @@ def run_page(page, source, build):
     check_links(page)
     with tempfile.TemporaryDirectory(prefix="qvr-docs-") as name:
         root = pathlib.Path(name)
-        folder, prefix = root / "work", root / "installed"
+        folder, prefix = root / "work", root / "qvr"
         folder.mkdir()
         install(build, prefix)
-        furnish(folder, source, build)
+        furnish(folder, page, source, build)
         values = environment(build, prefix)
         printed, count = None, 0
         for block in blocks_of(page):

@@ -35,6 +35,14 @@ class Blocks(unittest.TestCase):
     def test_commands_run_in_one_folder(self):
         self.assertEqual(self.run_text("```sh", "echo one > f", "```", "```sh", "cat f", "```"), "one\n")
 
+    def test_what_a_block_exports_stays(self):
+        lines = ["```sh", "export A='a b' B=1", "C=2", "mkdir f", "cd f", "```", "```sh", "echo $A $B ${C-none} ${PWD##*/}", "```"]
+        self.assertEqual(self.run_text(*lines), f"a b 1 none {self.folder.name}\n")
+
+    def test_build_folders_are_those_that_the_page_makes(self):
+        self.assertEqual(run_page.made_folders("build/demo/x, build/release"), set())
+        self.assertEqual(run_page.made_folders("After `./scripts/demo`:\ncmake -S . -B build/it -DA=B\n"), {"demo", "it"})
+
     def test_any_command_that_fails_counts(self):
         self.assertIn("ended with 1", self.refused("```sh", "false", "echo on", "```"))
         self.assertIn("ended with 1", self.refused("```sh", "false | cat", "```"))
