@@ -228,7 +228,7 @@ GstFlowReturn finish(GstBaseParse* parser, GstBaseParseFrame* frame, const std::
     read.size = sizeof read;
     const bool readable =
         QVRUncompressed_ReadMetadata(state.codec->get(), data, size, &read) == QVRUncompressed_StatusOk;
-    if (!readable || !is_small_enough(read)) {
+    if (!readable || !is_taken(read)) {
         warn(parser, "A damaged frame was left out.",
              readable ? "its dimensions are 0 or too large" : state.codec->message(), frame->offset);
         if (!state.described) {
