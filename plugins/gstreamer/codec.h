@@ -17,7 +17,7 @@ struct end_handle {
     void operator()(QVRUncompressed_Decoder handle) const { QVRUncompressed_DestroyDecoder(handle); }
 };
 
-// A handle with the reason of its last failure. It must not move: the library holds its address.
+// A handle with the reason why its last call failed. It must not move: the library holds its address.
 template <class Handle, std::uint32_t (*Create)(const QVRUncompressed_CodecConfig_t*, Handle*)>
 class codec {
   public:
@@ -32,7 +32,11 @@ class codec {
 
     // False when memory or threads ran out.
     explicit operator bool() const { return handle != nullptr; }
-    Handle get() const { return handle.get(); }
+    // For one call, whose failure message() then tells the reason of.
+    Handle get() {
+        last_message = k_no_reason;
+        return handle.get();
+    }
     const char* message() const { return last_message.c_str(); }
 
   private:
@@ -40,7 +44,10 @@ class codec {
         static_cast<codec*>(user_data)->last_message = message;
     }
 
-    std::string last_message;
+    // For calls with arguments that no frame can be, such as an empty buffer, the library has no message.
+    static constexpr const char* k_no_reason = "that is no frame";
+
+    std::string last_message = k_no_reason;
     std::unique_ptr<std::remove_pointer_t<Handle>, end_handle> handle;
 };
 

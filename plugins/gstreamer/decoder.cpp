@@ -24,7 +24,8 @@ struct decoder_state {
     GstVideoCodecState* input = nullptr;
     GstVideoCodecState* output = nullptr;
     const format_row* row = nullptr;
-    frame_params stream = {};  // what the output was negotiated for
+    frame_params stream = {};    // what the output was negotiated for
+    bool told_of_alpha = false;  // that it is left out
 };
 
 struct decoder_element {
@@ -70,6 +71,7 @@ gboolean start(GstVideoDecoder* decoder) {
         GST_ELEMENT_ERROR(decoder, LIBRARY, INIT, ("The decoder could not be made."), ("%s", state.codec->message()));
         return FALSE;
     }
+    state.told_of_alpha = false;
     return TRUE;
 }
 
@@ -116,6 +118,18 @@ GstVideoInterlaceMode interlace_mode_of(const GstVideoInfo& input, const frame_p
                                                                   : GST_VIDEO_INTERLACE_MODE_PROGRESSIVE;
 }
 
+// Nothing is lost of the file, but who keeps only what comes out of it should know.
+void tell_of_alpha(GstVideoDecoder* decoder) {
+    decoder_state& state = state_of(decoder);
+    if (state.told_of_alpha || !leaves_alpha_out(*state.row, state.stream)) {
+        return;
+    }
+    state.told_of_alpha = true;
+    GST_ELEMENT_WARNING(decoder, STREAM, FORMAT, ("The alpha plane of this stream is left out."),
+                        ("%s is decoded as %s, which has none", description_of(state.stream).c_str(),
+                         gst_video_format_to_string(state.row->format)));
+}
+
 GstFlowReturn negotiate(GstVideoDecoder* decoder, const frame_params& stream) {
     decoder_state& state = state_of(decoder);
     forget_output(state);
@@ -124,7 +138,7 @@ GstFlowReturn negotiate(GstVideoDecoder* decoder, const frame_params& stream) {
         gst_caps_unref(offered);
         GST_ELEMENT_ERROR(decoder, STREAM, NOT_IMPLEMENTED,
                           ("There is no raw video format for this stream: %s%s.", description_of(stream).c_str(),
-                           is_packed_444(stream) ? "; set packed-444 to say what its three samples are" : ""),
+                           has_any_format(stream) ? "; set packed-444 to say what its three samples are" : ""),
                           ("order %u, component type %u", stream.colorComponentOrder, stream.componentType));
         return GST_FLOW_ERROR;
     }
@@ -134,6 +148,7 @@ GstFlowReturn negotiate(GstVideoDecoder* decoder, const frame_params& stream) {
                                                                  interlace_mode_of(state.input->info, stream),
                                                                  stream.width, stream.height, state.input);
     state.stream = stream;
+    tell_of_alpha(decoder);
     return state.output != nullptr && gst_video_decoder_negotiate(decoder)
                ? GST_FLOW_OK
                : caps_refused(GST_VIDEO_DECODER_SRC_PAD(decoder));
@@ -179,14 +194,25 @@ GstFlowReturn drop_damaged(GstVideoDecoder* decoder, GstVideoCodecFrame* frame, 
     return result;
 }
 
-bool decode(const decoder_state& state, const mapped_buffer& coded, const frame_view& to) {
-    return QVRUncompressed_DecodeFrame(state.codec->get(), &to.up, coded.data(), coded.size(), to.data, to.size,
-                                       nullptr) == QVRUncompressed_StatusOk;
+// What became of a frame. That it is damaged does not stop the flow.
+struct outcome {
+    GstFlowReturn flow = GST_FLOW_OK;
+    const char* damage = nullptr;  // the reason, until the library's next call
+};
+
+outcome no_memory(GstVideoDecoder* decoder) {
+    GST_ELEMENT_ERROR(decoder, RESOURCE, NO_SPACE_LEFT, ("There is no memory for a decoded frame."), (nullptr));
+    return {GST_FLOW_ERROR};
 }
 
-// Decodes into a buffer of the pool, or by way of a copy when its planes do not lie as the library wants them. False
-// when the frame is damaged.
-bool decode_into(GstVideoDecoder* decoder, const mapped_buffer& coded, mapped_frame& target) {
+outcome decode(const decoder_state& state, const mapped_buffer& coded, const frame_view& to) {
+    const bool good = QVRUncompressed_DecodeFrame(state.codec->get(), &to.up, coded.data(), coded.size(), to.data,
+                                                  to.size, nullptr) == QVRUncompressed_StatusOk;
+    return {GST_FLOW_OK, good ? nullptr : state.codec->message()};
+}
+
+// Decodes into a buffer of the pool, or by way of a copy when its planes do not lie as the library wants them.
+outcome decode_into(GstVideoDecoder* decoder, const mapped_buffer& coded, mapped_frame& target) {
     const decoder_state& state = state_of(decoder);
     if (const std::optional<frame_view> view = view_of(target.frame(), *state.row)) {
         return decode(state, coded, *view);
@@ -195,52 +221,64 @@ bool decode_into(GstVideoDecoder* decoder, const mapped_buffer& coded, mapped_fr
     const GstVideoInfo layout = gapless(state.output->info);
     const buffer_pointer copy(gst_buffer_new_allocate(nullptr, layout.size, nullptr));
     const mapped_frame source(layout, copy.get(), GST_MAP_READWRITE);
-    return source && decode(state, coded, *view_of(source.frame(), *state.row)) && source.copy_to(target);
+    if (!source) {
+        return no_memory(decoder);
+    }
+    const outcome result = decode(state, coded, *view_of(source.frame(), *state.row));
+    return result.damage != nullptr || source.copy_to(target) ? result : no_memory(decoder);
 }
 
-GstFlowReturn decode_frame(GstVideoDecoder* decoder, GstVideoCodecFrame* frame, const mapped_buffer& coded,
-                           const frame_params& stream) {
-    const decoder_state& state = state_of(decoder);
-    const GstFlowReturn allocated = gst_video_decoder_allocate_output_frame(decoder, frame);
-    if (allocated != GST_FLOW_OK) {
-        gst_video_decoder_release_frame(decoder, frame);
-        return allocated;
-    }
-    bool good = false;
-    {
-        mapped_frame target(state.output->info, frame->output_buffer, GST_MAP_WRITE);
-        good = target && decode_into(decoder, coded, target);
-    }
-    if (!good) {
-        return drop_damaged(decoder, frame, state.codec->message());
-    }
-    copy_field_flags(frame->input_buffer, frame->output_buffer);
-    if (stream.frameLayout == QVRUncompressed_LayoutInterlaced) {
-        GST_BUFFER_FLAG_SET(frame->output_buffer, GST_VIDEO_BUFFER_FLAG_INTERLACED);
-    }
-    return gst_video_decoder_finish_frame(decoder, frame);
-}
-
-GstFlowReturn handle_frame(GstVideoDecoder* decoder, GstVideoCodecFrame* frame) {
-    const decoder_state& state = state_of(decoder);
-    const mapped_buffer coded(frame->input_buffer, GST_MAP_READ);
-    frame_params stream = {};
-    stream.size = sizeof stream;
-    if (!coded || QVRUncompressed_ReadMetadata(state.codec->get(), coded.data(), coded.size(), &stream) !=
-                      QVRUncompressed_StatusOk) {
-        return drop_damaged(decoder, frame, state.codec->message());
-    }
-    if (!is_small_enough(stream)) {
-        return drop_damaged(decoder, frame, "its dimensions are 0 or too large");
-    }
+// Gives the frame a buffer of the right format to be decoded into.
+GstFlowReturn allocate(GstVideoDecoder* decoder, GstVideoCodecFrame* frame, const frame_params& stream) {
     if (!is_negotiated_for(decoder, stream)) {
-        const GstFlowReturn negotiated = negotiate(decoder, stream);
-        if (negotiated != GST_FLOW_OK) {
-            gst_video_decoder_release_frame(decoder, frame);
+        if (const GstFlowReturn negotiated = negotiate(decoder, stream); negotiated != GST_FLOW_OK) {
             return negotiated;
         }
     }
-    return decode_frame(decoder, frame, coded, stream);
+    const GstFlowReturn allocated = gst_video_decoder_allocate_output_frame(decoder, frame);
+    if (allocated == GST_FLOW_OK) {
+        copy_field_flags(frame->input_buffer, frame->output_buffer);
+        if (stream.frameLayout == QVRUncompressed_LayoutInterlaced) {
+            GST_BUFFER_FLAG_SET(frame->output_buffer, GST_VIDEO_BUFFER_FLAG_INTERLACED);
+        }
+    }
+    return allocated;
+}
+
+// All mappings end here, before the frame goes on.
+outcome decode_frame(GstVideoDecoder* decoder, GstVideoCodecFrame* frame) {
+    const decoder_state& state = state_of(decoder);
+    const mapped_buffer coded(frame->input_buffer, GST_MAP_READ);
+    if (!coded) {
+        GST_ELEMENT_ERROR(decoder, RESOURCE, READ, ("A buffer could not be read."), (nullptr));
+        return {GST_FLOW_ERROR};
+    }
+    frame_params stream = {};
+    stream.size = sizeof stream;
+    if (QVRUncompressed_ReadMetadata(state.codec->get(), coded.data(), coded.size(), &stream) !=
+        QVRUncompressed_StatusOk) {
+        return {GST_FLOW_OK, state.codec->message()};
+    }
+    if (!is_taken(stream)) {
+        return {GST_FLOW_OK, "its dimensions are 0 or too large"};
+    }
+    if (const GstFlowReturn allocated = allocate(decoder, frame, stream); allocated != GST_FLOW_OK) {
+        return {allocated};
+    }
+    mapped_frame target(state.output->info, frame->output_buffer, GST_MAP_WRITE);
+    return target ? decode_into(decoder, coded, target) : no_memory(decoder);
+}
+
+GstFlowReturn handle_frame(GstVideoDecoder* decoder, GstVideoCodecFrame* frame) {
+    const outcome result = decode_frame(decoder, frame);
+    if (result.damage != nullptr) {
+        return drop_damaged(decoder, frame, result.damage);
+    }
+    if (result.flow != GST_FLOW_OK) {
+        gst_video_decoder_release_frame(decoder, frame);
+        return result.flow;
+    }
+    return gst_video_decoder_finish_frame(decoder, frame);
 }
 
 // ---- Class

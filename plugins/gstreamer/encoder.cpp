@@ -104,27 +104,25 @@ gboolean stop(GstVideoEncoder* encoder) {
 // ---- Negotiation
 
 GstCaps* get_caps(GstVideoEncoder* encoder, GstCaps* filter) {
-    GstCaps* const taken = raw_caps(dimensions::for_encoding, settings_of(encoder).codec.choice);
+    GstCaps* const raw = raw_caps(dimensions::for_encoding, settings_of(encoder).codec.choice);
+    GstCaps* const whole_frames =
+        gst_caps_from_string("video/x-raw, interlace-mode=(string){ progressive, interleaved, mixed }");
+    GstCaps* const taken = gst_caps_intersect_full(raw, whole_frames, GST_CAPS_INTERSECT_FIRST);
     GstCaps* const result = gst_video_encoder_proxy_getcaps(encoder, taken, filter);
+    gst_caps_unref(raw);
+    gst_caps_unref(whole_frames);
     gst_caps_unref(taken);
     return result;
 }
 
 bool is_encodable(GstVideoEncoder* encoder, const GstVideoInfo& info, const format_row* row) {
-    const frame_params up = {0,
-                             0,
-                             0,
-                             static_cast<std::uint32_t>(GST_VIDEO_INFO_WIDTH(&info)),
-                             static_cast<std::uint32_t>(GST_VIDEO_INFO_HEIGHT(&info)),
-                             0,
-                             0,
-                             0};
     const char* reason = nullptr;
     if (row == nullptr) {
         reason = "this format cannot be encoded; put videoconvert before the encoder";
     } else if (info.interlace_mode > GST_VIDEO_INTERLACE_MODE_MIXED) {
         reason = "fields must be interleaved in one frame; put interlace or deinterlace before the encoder";
-    } else if (!is_small_enough(up)) {
+    } else if (!is_small_enough(static_cast<std::uint32_t>(GST_VIDEO_INFO_WIDTH(&info)),
+                                static_cast<std::uint32_t>(GST_VIDEO_INFO_HEIGHT(&info)))) {
         reason = "the frame is too large";
     }
     if (reason != nullptr) {
@@ -214,6 +212,9 @@ buffer_pointer encode_frame(GstVideoEncoder* encoder, GstBuffer* raw) {
     GST_LOG_OBJECT(encoder, "copying a frame whose planes lie apart");
     const GstVideoInfo layout = gapless(state.input->info);
     const buffer_pointer copy(gst_buffer_new_allocate(nullptr, layout.size, nullptr));
+    if (copy) {
+        copy_field_flags(raw, copy.get());  // of a mixed stream they say whether this frame is interlaced
+    }
     mapped_frame target(layout, copy.get(), GST_MAP_READWRITE);
     if (!target || !source.copy_to(target)) {
         GST_ELEMENT_ERROR(encoder, RESOURCE, NO_SPACE_LEFT, ("There is no memory for a copy of a frame."), (nullptr));
@@ -236,7 +237,10 @@ GstFlowReturn handle_frame(GstVideoEncoder* encoder, GstVideoCodecFrame* frame) 
 // ---- Class
 
 void init(GTypeInstance* instance, gpointer) {
-    reinterpret_cast<encoder_element*>(instance)->state = new encoder_state;
+    auto* const encoder = reinterpret_cast<encoder_element*>(instance);
+    encoder->state = new encoder_state;
+    // Caps that say nothing of interlacing are progressive ones, and no subset of those that do.
+    GST_PAD_SET_ACCEPT_INTERSECT(GST_VIDEO_ENCODER_SINK_PAD(&encoder->base));
 }
 
 void finalize(GObject* object) {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -199,8 +200,14 @@ bool is_wrapped_chunks(const frame_params& stream) {
     return stream.colorComponentOrder == 0;
 }
 
-bool has_plain_dimensions(const frame_params& stream) {
-    return stream.width > 0 && stream.height > 0 && stream.width <= k_most_pixels && stream.height <= k_most_pixels;
+bool is_small_enough(std::uint32_t width, std::uint32_t height) {
+    constexpr std::uint64_t k_most_sample_bytes = 8;  // of a pixel, in any of the formats here
+    return width > 0 && height > 0 && width <= k_most_pixels && height <= k_most_pixels &&
+           k_most_sample_bytes * width * height <= std::numeric_limits<std::uint32_t>::max();
+}
+
+bool is_taken(const frame_params& stream) {
+    return is_wrapped_chunks(stream) || is_small_enough(stream.width, stream.height);
 }
 
 std::string description_of(const frame_params& stream) {
@@ -213,8 +220,13 @@ std::string description_of(const frame_params& stream) {
     return text;
 }
 
-bool is_packed_444(const frame_params& stream) {
-    return planes_of(stream.colorComponentOrder).main == colour::ycbcr_444;
+bool has_any_format(const frame_params& stream) {
+    return std::any_of(std::begin(k_rows), std::end(k_rows),
+                       [&](const format_row& row) { return serves(row, stream); });
+}
+
+bool leaves_alpha_out(const format_row& row, const frame_params& stream) {
+    return planes_of(stream.colorComponentOrder).alpha && !planes_of(row.order).alpha;
 }
 
 }  // namespace qvr_gst

@@ -46,13 +46,21 @@ GstCaps* decoded_caps(const frame_params& stream, packed_444 choice);
 // Whether that is a run of wrapped chunks, which have no samples to decode.
 bool is_wrapped_chunks(const frame_params& stream);
 
-// Whether width and height are from 1 to k_most_pixels.
-bool has_plain_dimensions(const frame_params& stream);
+// Whether width and height are from 1 to k_most_pixels, and so few pixels that a frame of any format here stays below
+// the library's 4 GiB.
+bool is_small_enough(std::uint32_t width, std::uint32_t height);
+
+// Whether the elements take a frame that reads as `stream`. Wrapped chunks have no samples, and dimensions that mean
+// nothing.
+bool is_taken(const frame_params& stream);
 
 // What is in a stream, by name and for messages: "RGB Half" or "wrapped chunks".
 std::string description_of(const frame_params& stream);
 
-// Whether that is a stream which packed_444 has to be given for.
-bool is_packed_444(const frame_params& stream);
+// Whether a stream can be decoded with one or another choice for 4:4:4.
+bool has_any_format(const frame_params& stream);
+
+// Whether the stream holds an alpha plane that the row's format has no room for.
+bool leaves_alpha_out(const format_row& row, const frame_params& stream);
 
 }  // namespace qvr_gst

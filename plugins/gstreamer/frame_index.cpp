@@ -26,15 +26,23 @@ std::uint32_t frame_size_at(GstPad* pad, std::uint64_t offset) {
 void frame_index::clear() {
     const std::lock_guard<std::mutex> guard(lock);
     from_start = {};
-    from_seek = {};
+    later = {0, {}, k_nowhere};
     common_size = 0;
     one_size = true;
 }
 
-void frame_index::add(std::uint64_t offset, std::uint32_t size) {
+void frame_index::add(std::uint64_t offset, std::uint32_t size, bool readable) {
     const std::lock_guard<std::mutex> guard(lock);
+    if (readable) {
+        note_size(size);
+    }
+    if (offset != from_start.end && offset != later.end) {
+        if (const std::optional<std::uint64_t> number = computed_number(offset)) {
+            later = {*number, {}, offset};
+        }
+    }
     append(from_start, offset, size);
-    append(from_seek, offset, size);
+    append(later, offset, size);
 }
 
 void frame_index::append(run& to, std::uint64_t offset, std::uint32_t size) {
@@ -42,25 +50,32 @@ void frame_index::append(run& to, std::uint64_t offset, std::uint32_t size) {
         to.offsets.push_back(offset);
         to.end = offset + size;
     }
+}
+
+void frame_index::note_size(std::uint32_t size) {
     one_size = one_size && (common_size == 0 || size == common_size);
     common_size = size;
 }
 
+std::optional<std::uint64_t> frame_index::computed_number(std::uint64_t offset) const {
+    if (!one_size || common_size == 0 || offset % common_size != 0) {
+        return std::nullopt;
+    }
+    return offset / common_size;
+}
+
 std::optional<std::uint64_t> frame_index::find(std::uint64_t frame, GstPad* pad) {
     const std::lock_guard<std::mutex> guard(lock);
-    const bool computable = one_size && common_size != 0 && frame < G_MAXINT64 / common_size;
-    if (computable && frame >= from_start.offsets.size()) {
-        const std::uint64_t guess = frame * common_size;
-        if (frame_size_at(pad, guess) == common_size) {
-            from_seek = {frame, {guess}, guess + common_size};
-            return guess;
-        }
+    if (one_size && common_size != 0 && frame < G_MAXINT64 / common_size &&
+        frame_size_at(pad, frame * common_size) == common_size) {
+        return frame * common_size;
     }
     while (frame >= from_start.offsets.size()) {
         const std::uint32_t size = frame_size_at(pad, from_start.end);
         if (size == 0) {
             return std::nullopt;
         }
+        note_size(size);
         append(from_start, from_start.end, size);
     }
     return from_start.offsets[frame];
@@ -68,7 +83,10 @@ std::optional<std::uint64_t> frame_index::find(std::uint64_t frame, GstPad* pad)
 
 std::optional<std::uint64_t> frame_index::number_of(std::uint64_t offset) {
     const std::lock_guard<std::mutex> guard(lock);
-    for (const run* each : {&from_start, &from_seek}) {
+    if (const std::optional<std::uint64_t> number = computed_number(offset)) {
+        return number;
+    }
+    for (const run* each : {&from_start, &later}) {
         const auto found = std::lower_bound(each->offsets.begin(), each->offsets.end(), offset);
         if (found != each->offsets.end() && *found == offset) {
             return each->first + static_cast<std::uint64_t>(found - each->offsets.begin());

@@ -78,10 +78,4 @@ void copy_field_flags(GstBuffer* from, GstBuffer* to) {
     GST_BUFFER_FLAG_SET(to, GST_BUFFER_FLAGS(from) & k_field_flags);
 }
 
-bool is_small_enough(const frame_params& up) {
-    constexpr std::uint64_t k_most_sample_bytes = 8;  // of a pixel, in any of the formats here
-    return is_wrapped_chunks(up) || (has_plain_dimensions(up) && k_most_sample_bytes * up.width * up.height <=
-                                                                     std::numeric_limits<std::uint32_t>::max());
-}
-
 }  // namespace qvr_gst

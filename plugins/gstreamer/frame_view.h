@@ -47,8 +47,4 @@ GstVideoInfo gapless(const GstVideoInfo& info);
 // What a buffer's flags say of its fields goes with the frame; the bitstream has no place for it.
 void copy_field_flags(GstBuffer* from, GstBuffer* to);
 
-// Whether such a frame stays below the library's 4 GiB and the elements' own limits. Wrapped chunks always do: their
-// dimensions are whatever the caller wrote.
-bool is_small_enough(const frame_params& up);
-
 }  // namespace qvr_gst

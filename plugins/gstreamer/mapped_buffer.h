@@ -15,16 +15,12 @@ struct unref_buffer {
 };
 using buffer_pointer = std::unique_ptr<GstBuffer, unref_buffer>;
 
-// The bytes of a buffer. One that is mapped for reading is kept alive; one that is written must have a single owner.
+// The bytes of a buffer, which must outlive the object; one that is written must have a single owner.
 class mapped_buffer {
   public:
     // of: may be null, and then it is not mapped.
     mapped_buffer(GstBuffer* of, GstMapFlags flags)
-        : buffer(of), mapped(of != nullptr && gst_buffer_map(of, &map, flags) != FALSE) {
-        if (mapped && flags == GST_MAP_READ) {
-            kept.reset(gst_buffer_ref(of));
-        }
-    }
+        : buffer(of), mapped(of != nullptr && gst_buffer_map(of, &map, flags) != FALSE) {}
     ~mapped_buffer() {
         if (mapped) {
             gst_buffer_unmap(buffer, &map);
@@ -40,7 +36,6 @@ class mapped_buffer {
 
   private:
     GstBuffer* buffer;
-    buffer_pointer kept;
     GstMapInfo map = {};
     bool mapped;
 };

@@ -13,7 +13,7 @@
 #include "elements.h"
 #include "formats.h"
 #include "frame_index.h"
-#include "frame_view.h"
+#include "frame_numbers.h"
 #include "mapped_buffer.h"
 #include "stream.h"
 
@@ -23,20 +23,16 @@ namespace {
 
 enum { k_framerate = 1 };
 
-struct fraction {
-    gint numerator = 0;
-    gint denominator = 1;
-};
-
-constexpr fraction k_default_rate = {25, 1};
+constexpr frame_rate k_default_rate = {25, 1};
 
 struct parser_state {
-    fraction wanted_rate;            // the property, under the object's lock; 0: as upstream says
-    fraction rate = k_default_rate;  // the one that counts, under the object's lock as seeking threads read it
-    GstCaps* upstream = nullptr;     // what its caps say goes on, as far as the frames do not say otherwise
+    frame_rate wanted_rate;            // the property, under the object's lock; 0: as upstream says
+    frame_rate rate = k_default_rate;  // the one that counts, under the object's lock as seeking threads read it
+    GstCaps* upstream = nullptr;       // what its caps say goes on, as far as the frames do not say otherwise
     std::unique_ptr<decoder_codec> codec;
     std::optional<frame_params> described;  // by the caps downstream
     bool timed_upstream = false;            // upstream's buffers have times of their own
+    bool passing_over = false;              // bytes that are no frame, of which a warning has been given
     frame_index index;
 };
 
@@ -52,9 +48,9 @@ parser_state& state_of(gpointer object) {
 }
 
 // A rate, which another thread may be about to change.
-fraction copy_of(gpointer object, fraction parser_state::*rate) {
+frame_rate copy_of(gpointer object, frame_rate parser_state::*rate) {
     GST_OBJECT_LOCK(object);
-    const fraction copy = state_of(object).*rate;
+    const frame_rate copy = state_of(object).*rate;
     GST_OBJECT_UNLOCK(object);
     return copy;
 }
@@ -76,21 +72,20 @@ void get_property(GObject* object, guint id, GValue* value, GParamSpec* spec) {
         G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
         return;
     }
-    const fraction rate = copy_of(object, &parser_state::wanted_rate);
+    const frame_rate rate = copy_of(object, &parser_state::wanted_rate);
     gst_value_set_fraction(value, rate.numerator, rate.denominator);
 }
 
 // ---- Life and times
 
-// The property, else what upstream says, else the default.
+// The property, else what upstream says, which may be a variable rate, else the default.
 void choose_rate(GstBaseParse* parser) {
     parser_state& state = state_of(parser);
-    fraction rate = copy_of(parser, &parser_state::wanted_rate);
-    if (rate.numerator == 0 && state.upstream != nullptr) {
-        gst_structure_get_fraction(gst_caps_get_structure(state.upstream, 0), "framerate", &rate.numerator,
-                                   &rate.denominator);
-    }
-    if (rate.numerator <= 0) {
+    frame_rate rate = copy_of(parser, &parser_state::wanted_rate);
+    const bool said = rate.is_fixed() || (state.upstream != nullptr &&
+                                          gst_structure_get_fraction(gst_caps_get_structure(state.upstream, 0),
+                                                                     "framerate", &rate.numerator, &rate.denominator));
+    if (!said || rate.numerator < 0) {
         rate = k_default_rate;
     }
     GST_OBJECT_LOCK(parser);
@@ -98,17 +93,6 @@ void choose_rate(GstBaseParse* parser) {
     GST_OBJECT_UNLOCK(parser);
     gst_base_parse_set_frame_rate(parser, static_cast<guint>(rate.numerator), static_cast<guint>(rate.denominator), 0,
                                   0);
-}
-
-GstClockTime time_of(const fraction& rate, std::uint64_t frame) {
-    return gst_util_uint64_scale(frame, GST_SECOND * static_cast<std::uint64_t>(rate.denominator),
-                                 static_cast<std::uint64_t>(rate.numerator));
-}
-
-// Times are rounded down, so the frame of time_of(n) is looked for a nanosecond later.
-std::uint64_t frame_at(const fraction& rate, GstClockTime time) {
-    return gst_util_uint64_scale(time + 1, static_cast<std::uint64_t>(rate.numerator),
-                                 GST_SECOND * static_cast<std::uint64_t>(rate.denominator));
 }
 
 gboolean start(GstBaseParse* parser) {
@@ -120,6 +104,7 @@ gboolean start(GstBaseParse* parser) {
     }
     state.described.reset();
     state.timed_upstream = false;
+    state.passing_over = false;
     state.index.clear();
     gst_base_parse_set_min_frame_size(parser, k_header_size);
     choose_rate(parser);
@@ -143,31 +128,13 @@ gboolean set_sink_caps(GstBaseParse* parser, GstCaps* caps) {
 
 // ---- Caps
 
-const char* interlace_mode_of(const frame_params& frame, const GstStructure* upstream) {
-    const char* const given = gst_structure_get_string(upstream, "interlace-mode");
-    if (given != nullptr && std::string(given) == "mixed") {
-        return "mixed";
-    }
-    return frame.frameLayout == QVRUncompressed_LayoutInterlaced ? "interleaved" : "progressive";
-}
-
-// Wrapped chunks may have any dimensions, also such as caps cannot say.
 GstFlowReturn describe(GstBaseParse* parser, const frame_params& frame) {
     parser_state& state = state_of(parser);
     if (state.described && state.described->width == frame.width && state.described->height == frame.height &&
         state.described->frameLayout == frame.frameLayout) {
         return GST_FLOW_OK;
     }
-    const fraction rate = copy_of(parser, &parser_state::rate);
-    GstCaps* const caps =
-        state.upstream != nullptr ? gst_caps_copy(state.upstream) : gst_caps_new_empty_simple(k_media_type);
-    const auto dimension = [](std::uint32_t value) {
-        return static_cast<gint>(std::clamp<std::uint32_t>(value, 1, k_most_pixels));
-    };
-    gst_caps_set_simple(caps, "parsed", G_TYPE_BOOLEAN, TRUE, "width", G_TYPE_INT, dimension(frame.width), "height",
-                        G_TYPE_INT, dimension(frame.height), "framerate", GST_TYPE_FRACTION, rate.numerator,
-                        rate.denominator, "interlace-mode", G_TYPE_STRING,
-                        interlace_mode_of(frame, gst_caps_get_structure(caps, 0)), nullptr);
+    GstCaps* const caps = described_caps(state.upstream, frame, copy_of(parser, &parser_state::rate));
     const bool taken = gst_pad_set_caps(GST_BASE_PARSE_SRC_PAD(parser), caps) != FALSE;
     gst_caps_unref(caps);
     if (!taken) {
@@ -177,15 +144,23 @@ GstFlowReturn describe(GstBaseParse* parser, const frame_params& frame) {
     return GST_FLOW_OK;
 }
 
+GstCaps* get_sink_caps(GstBaseParse* parser, GstCaps* filter) {
+    GstCaps* const wanted = gst_pad_peer_query_caps(GST_BASE_PARSE_SRC_PAD(parser), nullptr);
+    return undescribed_caps(wanted, filter, copy_of(parser, &parser_state::wanted_rate).is_fixed());
+}
+
 // ---- Frames
 
-// Bytes to go on by where no frame begins: up to the next place where one may, or to where the next header may lie.
-gint distance_to_frame(const std::uint8_t* data, std::size_t size) {
-    std::size_t at = 1;
-    while (at + k_header_size <= size && !starts_frame(data + at, trust::known_box)) {
-        ++at;
+// What is known to follow, from this place on, at most.
+std::uint64_t bytes_left(GstBaseParse* parser, std::uint64_t offset, std::size_t here) {
+    if (GST_BASE_PARSE_DRAINING(parser)) {
+        return here;
     }
-    return static_cast<gint>(std::min(at, std::size_t{std::numeric_limits<gint>::max()}));
+    gint64 total = 0;
+    const bool known = !state_of(parser).timed_upstream &&
+                       gst_pad_peer_query_duration(GST_BASE_PARSE_SINK_PAD(parser), GST_FORMAT_BYTES, &total) != FALSE;
+    return known && static_cast<std::uint64_t>(total) > offset ? static_cast<std::uint64_t>(total) - offset
+                                                               : std::numeric_limits<std::uint64_t>::max();
 }
 
 void warn(GstBaseParse* parser, const char* what, const char* reason, std::uint64_t offset) {
@@ -194,129 +169,142 @@ void warn(GstBaseParse* parser, const char* what, const char* reason, std::uint6
 
 // Says how long a file is whose frames are all as large as its first.
 void set_duration(GstBaseParse* parser, std::uint32_t size) {
+    const frame_rate rate = copy_of(parser, &parser_state::rate);
     gint64 total = 0;
-    if (gst_pad_peer_query_duration(GST_BASE_PARSE_SINK_PAD(parser), GST_FORMAT_BYTES, &total) && total > 0 &&
-        total % size == 0) {
-        const GstClockTime duration =
-            time_of(copy_of(parser, &parser_state::rate), static_cast<std::uint64_t>(total / size));
+    if (rate.is_fixed() && gst_pad_peer_query_duration(GST_BASE_PARSE_SINK_PAD(parser), GST_FORMAT_BYTES, &total) &&
+        total > 0 && total % size == 0) {
+        const GstClockTime duration = time_of(rate, static_cast<std::uint64_t>(total / size));
         gst_base_parse_set_duration(parser, GST_FORMAT_TIME, static_cast<gint64>(duration), 0);
     }
 }
 
+// A frame that is all there, and what it reads as: empty when it is damaged.
+struct whole_frame {
+    std::uint32_t size = 0;
+    std::optional<frame_params> content;
+};
+
 // Frames of a file get their times from their numbers: the base class would add up durations that are rounded.
-void set_times(GstBaseParse* parser, GstBaseParseFrame* frame, std::uint32_t size) {
+void set_times(GstBaseParse* parser, GstBaseParseFrame* frame, const whole_frame& found) {
     parser_state& state = state_of(parser);
     if (state.timed_upstream) {
         return;
     }
     if (frame->offset == 0) {
-        set_duration(parser, size);
+        set_duration(parser, found.size);
     }
-    state.index.add(frame->offset, size);
-    if (const std::optional<std::uint64_t> number = state.index.number_of(frame->offset)) {
-        const fraction rate = copy_of(parser, &parser_state::rate);
+    state.index.add(frame->offset, found.size, found.content.has_value());
+    const frame_rate rate = copy_of(parser, &parser_state::rate);
+    const std::optional<std::uint64_t> number = state.index.number_of(frame->offset);
+    if (number && rate.is_fixed()) {
         GST_BUFFER_PTS(frame->buffer) = time_of(rate, *number);
         GST_BUFFER_DURATION(frame->buffer) = time_of(rate, *number + 1) - GST_BUFFER_PTS(frame->buffer);
     }
 }
 
-// A frame that is all there. What cannot be read keeps its place in time, once the caps are known, but does not go on.
-GstFlowReturn finish(GstBaseParse* parser, GstBaseParseFrame* frame, const std::uint8_t* data, std::uint32_t size,
-                     gint* skip) {
-    parser_state& state = state_of(parser);
-    frame_params read = {};
-    read.size = sizeof read;
-    const bool readable =
-        QVRUncompressed_ReadMetadata(state.codec->get(), data, size, &read) == QVRUncompressed_StatusOk;
-    if (!readable || !is_small_enough(read)) {
-        warn(parser, "A damaged frame was left out.",
-             readable ? "its dimensions are 0 or too large" : state.codec->message(), frame->offset);
-        if (!state.described) {
-            *skip = static_cast<gint>(size);
-            return GST_FLOW_OK;
+// What cannot be read keeps its place in time but does not go on.
+GstFlowReturn finish(GstBaseParse* parser, GstBaseParseFrame* frame, const whole_frame& found, gint* skip) {
+    if (found.content) {
+        if (const GstFlowReturn described = describe(parser, *found.content); described != GST_FLOW_OK) {
+            return described;
         }
+    } else {
         frame->flags |= GST_BASE_PARSE_FRAME_FLAG_DROP;
-    } else if (const GstFlowReturn described = describe(parser, read); described != GST_FLOW_OK) {
-        return described;
     }
-    set_times(parser, frame, size);
-    return gst_base_parse_finish_frame(parser, frame, static_cast<gint>(size));
+    set_times(parser, frame, found);
+    if (!state_of(parser).described) {  // the base class finishes no frame before there are caps
+        *skip = static_cast<gint>(found.size);
+        return GST_FLOW_OK;
+    }
+    return gst_base_parse_finish_frame(parser, frame, static_cast<gint>(found.size));
 }
 
-GstFlowReturn look_at(GstBaseParse* parser, GstBaseParseFrame* frame, const mapped_buffer& bytes, gint* skip) {
+whole_frame read(GstBaseParse* parser, const mapped_buffer& bytes, std::uint32_t size, std::uint64_t offset) {
+    decoder_codec& codec = *state_of(parser).codec;
+    frame_params content = {};
+    content.size = sizeof content;
+    const bool readable =
+        QVRUncompressed_ReadMetadata(codec.get(), bytes.data(), size, &content) == QVRUncompressed_StatusOk;
+    if (readable && is_taken(content)) {
+        return {size, content};
+    }
+    warn(parser, "A damaged frame was left out.", readable ? "its dimensions are 0 or too large" : codec.message(),
+         offset);
+    return {size, std::nullopt};
+}
+
+// No frame lies here that could go on. What lies behind one another is one warning.
+gint pass_over(GstBaseParse* parser, const mapped_buffer& bytes, bool said, const char* what, const char* reason,
+               std::uint64_t offset) {
+    if (!said) {
+        warn(parser, what, reason, offset);
+    }
+    state_of(parser).passing_over = true;
+    const std::size_t distance =
+        distance_to_frame(bytes.data(), bytes.size(), GST_BASE_PARSE_DRAINING(parser) != FALSE);
+    return static_cast<gint>(std::min(distance, std::size_t{G_MAXINT}));
+}
+
+// Says what the bytes begin with: a frame that is all there goes to `found`, else more are asked for or some skipped.
+GstFlowReturn look_at(GstBaseParse* parser, const mapped_buffer& bytes, std::uint64_t offset, whole_frame& found,
+                      gint* skip) {
     const bool lost = GST_BASE_PARSE_LOST_SYNC(parser) != FALSE;
     if (bytes.size() < k_header_size) {
         *skip = static_cast<gint>(bytes.size());
         return GST_FLOW_OK;
     }
     if (!starts_frame(bytes.data(), lost ? trust::known_box : trust::any_box)) {
-        if (!lost) {
-            warn(parser, "Bytes between frames were skipped.", "no frame begins", frame->offset);
-        }
-        *skip = distance_to_frame(bytes.data(), bytes.size());
+        *skip = pass_over(parser, bytes, lost, "Bytes between frames were skipped.",
+                          "no frame begins, or one that is too large", offset);
         return GST_FLOW_OK;
     }
     const std::uint32_t size = frame_size(bytes.data());
-    if (size > std::uint32_t{G_MAXINT}) {
-        GST_ELEMENT_ERROR(parser, STREAM, DEMUX, ("A frame is larger than GStreamer's parsers take: 2 GiB or more."),
-                          ("%u bytes, at byte %" G_GUINT64_FORMAT, size, frame->offset));
-        return GST_FLOW_ERROR;
-    }
-    if (bytes.size() >= size) {
-        gst_base_parse_set_min_frame_size(parser, k_header_size);
-        return finish(parser, frame, bytes.data(), size, skip);
-    }
-    if (GST_BASE_PARSE_DRAINING(parser)) {
-        warn(parser, "An incomplete frame was left out.", "the file was cut short, or the frame's size is damaged",
-             frame->offset);
-        *skip = distance_to_frame(bytes.data(), bytes.size());
+    const bool whole = size <= bytes.size();
+    if (!whole && size > bytes_left(parser, offset, bytes.size())) {
+        *skip = pass_over(parser, bytes, state_of(parser).passing_over, "An incomplete frame was left out.",
+                          "the file was cut short, or the frame's size is damaged", offset);
         return GST_FLOW_OK;
     }
-    gst_base_parse_set_min_frame_size(parser, size);
+    if (size > std::uint32_t{G_MAXINT}) {
+        GST_ELEMENT_ERROR(parser, STREAM, DEMUX, ("A frame is larger than GStreamer's parsers take: 2 GiB or more."),
+                          ("%u bytes, at byte %" G_GUINT64_FORMAT, size, offset));
+        return GST_FLOW_ERROR;
+    }
+    gst_base_parse_set_min_frame_size(parser, whole ? std::uint32_t{k_header_size} : size);
+    state_of(parser).passing_over = false;
+    if (whole) {
+        found = read(parser, bytes, size, offset);
+    }
     return GST_FLOW_OK;
 }
 
+// The mapping ends before the frame goes on, as downstream may write to it.
 GstFlowReturn handle_frame(GstBaseParse* parser, GstBaseParseFrame* frame, gint* skip) {
-    const mapped_buffer bytes(frame->buffer, GST_MAP_READ);
-    if (!bytes) {
-        GST_ELEMENT_ERROR(parser, RESOURCE, READ, ("A buffer could not be read."), (nullptr));
-        return GST_FLOW_ERROR;
+    whole_frame found;
+    GstFlowReturn result = GST_FLOW_OK;
+    {
+        const mapped_buffer bytes(frame->buffer, GST_MAP_READ);
+        if (!bytes) {
+            GST_ELEMENT_ERROR(parser, RESOURCE, READ, ("A buffer could not be read."), (nullptr));
+            return GST_FLOW_ERROR;
+        }
+        result = look_at(parser, bytes, frame->offset, found, skip);
     }
-    return look_at(parser, frame, bytes, skip);
+    return found.size > 0 ? finish(parser, frame, found, skip) : result;
 }
 
-// ---- Events
-
-// A seek to a frame number becomes one to its time.
-GstEvent* in_time(const fraction& rate, GstEvent* event) {
-    gdouble speed = 1;
-    GstFormat format = GST_FORMAT_UNDEFINED;
-    GstSeekFlags flags = GST_SEEK_FLAG_NONE;
-    GstSeekType start_type = GST_SEEK_TYPE_NONE;
-    GstSeekType stop_type = GST_SEEK_TYPE_NONE;
-    gint64 start_at = 0;
-    gint64 stop_at = 0;
-    gst_event_parse_seek(event, &speed, &format, &flags, &start_type, &start_at, &stop_type, &stop_at);
-    if (format != GST_FORMAT_DEFAULT) {
-        return event;
-    }
-    const auto time = [&](gint64 frame) {
-        return frame < 0 ? -1 : static_cast<gint64>(time_of(rate, static_cast<std::uint64_t>(frame)));
-    };
-    GstEvent* const result =
-        gst_event_new_seek(speed, GST_FORMAT_TIME, flags, start_type, time(start_at), stop_type, time(stop_at));
-    gst_event_set_seqnum(result, gst_event_get_seqnum(event));
-    gst_event_unref(event);
-    return result;
-}
+// ---- Events and queries
 
 // Tells the base class where the wanted frame is, so that it need not guess from the average bit rate.
-void locate(GstBaseParse* parser, const fraction& rate, GstEvent* seek) {
+void locate(GstBaseParse* parser, const frame_rate& rate, GstEvent* seek) {
+    gdouble speed = 1;
     GstFormat format = GST_FORMAT_UNDEFINED;
-    gint64 time = 0;
-    gst_event_parse_seek(seek, nullptr, &format, nullptr, nullptr, &time, nullptr, nullptr);
+    gint64 start = 0;
+    gint64 stop = 0;
+    gst_event_parse_seek(seek, &speed, &format, nullptr, nullptr, &start, nullptr, &stop);
+    const gint64 time = speed < 0 ? stop - 1 : start;  // backwards the frame before the place is the first
     GstPad* const pad = GST_BASE_PARSE_SINK_PAD(parser);
-    if (format != GST_FORMAT_TIME || time < 0 || GST_PAD_MODE(pad) != GST_PAD_MODE_PULL) {
+    if (format != GST_FORMAT_TIME || time < 0 || !rate.is_fixed() || GST_PAD_MODE(pad) != GST_PAD_MODE_PULL) {
         return;
     }
     const std::uint64_t frame = frame_at(rate, static_cast<GstClockTime>(time));
@@ -336,17 +324,33 @@ gboolean sink_event(GstBaseParse* parser, GstEvent* event) {
 
 gboolean src_event(GstBaseParse* parser, GstEvent* event) {
     if (GST_EVENT_TYPE(event) == GST_EVENT_SEEK) {
-        const fraction rate = copy_of(parser, &parser_state::rate);
-        event = in_time(rate, event);
+        const frame_rate rate = copy_of(parser, &parser_state::rate);
+        gint64 duration = -1;
+        gst_pad_query_duration(GST_BASE_PARSE_SRC_PAD(parser), GST_FORMAT_TIME, &duration);
+        event = seek_in_time(rate, duration, event);
         locate(parser, rate, event);
     }
     return parent_class->src_event(parser, event);
 }
 
+// The base class rounds where it converts frames to times and back.
+gboolean src_query(GstBaseParse* parser, GstQuery* query) {
+    const auto ask = [&](GstQuery* each) { return parent_class->src_query(parser, each) != FALSE; };
+    return asks_in_frames(query) ? answer_in_frames(copy_of(parser, &parser_state::rate), query, ask) : ask(query);
+}
+
+gboolean convert(GstBaseParse* parser, GstFormat from, gint64 value, GstFormat to, gint64* result) {
+    return convert_frames(copy_of(parser, &parser_state::rate), from, value, to, result) ||
+           gst_base_parse_convert_default(parser, from, value, to, result);
+}
+
 // ---- Class
 
 void init(GTypeInstance* instance, gpointer) {
-    reinterpret_cast<parser_element*>(instance)->state = new parser_state;
+    auto* const parser = reinterpret_cast<parser_element*>(instance);
+    parser->state = new parser_state;
+    // What downstream wants is a wish: caps that say less than it are taken as well.
+    GST_PAD_SET_ACCEPT_TEMPLATE(GST_BASE_PARSE_SINK_PAD(&parser->base));
 }
 
 void finalize(GObject* object) {
@@ -386,6 +390,9 @@ void class_init(gpointer klass, gpointer) {
     parser_class->handle_frame = handle_frame;
     parser_class->sink_event = sink_event;
     parser_class->src_event = src_event;
+    parser_class->src_query = src_query;
+    parser_class->convert = convert;
+    parser_class->get_sink_caps = get_sink_caps;
 }
 
 }  // namespace

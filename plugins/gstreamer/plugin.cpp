@@ -17,6 +17,7 @@ gboolean init_plugin(GstPlugin* plugin) {
 
 }  // namespace qvr_gst
 
+// The last of these is a web page, which there is none of; GStreamer's own name for that is used.
 GST_PLUGIN_DEFINE(GST_VERSION_MAJOR, GST_VERSION_MINOR, qvr,
                   "Lossless, uncompressed QVRUncompressed video: encoder, decoder and parser", qvr_gst::init_plugin,
-                  QVR_VERSION, "BSD", PACKAGE, PACKAGE)
+                  QVR_VERSION, "BSD", PACKAGE, "Unknown package origin")

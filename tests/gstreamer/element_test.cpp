@@ -183,6 +183,53 @@ TEST(element, interlacing_is_stored_and_comes_back) {
     }
 }
 
+// Planes of such a height do not follow each other without a gap, so that the frame is copied.
+TEST(element, interlacing_of_copied_frames_is_stored_too) {
+    for (const char* mode : {"interleaved", "mixed"}) {
+        for (const bool interlaced : {true, false}) {
+            const std::string caps =
+                media::caps_text(media::format_named("I420"), 720, 486) + ",interlace-mode=" + mode;
+            GstHarness* const encoder = gst_harness_new("qvrenc");
+            gst_harness_set_src_caps_str(encoder, caps.c_str());
+            GstBuffer* const raw = media::random_buffer(media::format_named("I420"), caps, 1);
+            if (interlaced) {
+                GST_BUFFER_FLAG_SET(raw, GST_VIDEO_BUFFER_FLAG_INTERLACED);
+            }
+            GstBuffer* const coded = gst_harness_push_and_pull(encoder, raw);
+            ASSERT_NE(coded, nullptr);
+            const bool stored = media::bytes_of(coded).at(16 + 20) == 1;
+            EXPECT_EQ(stored, interlaced || mode == std::string("interleaved")) << mode;
+            gst_buffer_unref(coded);
+            gst_harness_teardown(encoder);
+        }
+    }
+}
+
+TEST(element, all_can_be_stopped_and_played_again) {
+    const media::temporary_file file(media::encoded(media::format_named("GRAY8"), 8, 4, test::counting(32)) +
+                                     media::encoded(media::format_named("GRAY8"), 8, 4, test::counting(32, 2)));
+    const std::string sink = " ! appsink name=out sync=false wait-on-eos=false";
+    for (const std::string& elements : {"filesrc location=" + file.path() + " ! qvrparse ! qvrdec",
+                                        "filesrc location=" + file.path() + " ! queue ! qvrparse ! qvrdec",
+                                        std::string("videotestsrc num-buffers=2 pattern=white ! "
+                                                    "video/x-raw,format=GRAY8,width=8,height=4 ! qvrenc ! qvrdec")}) {
+        SCOPED_TRACE(elements);
+        media::pipeline pipeline(elements + sink);
+        std::vector<bytes> first;
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_TRUE(pipeline.run().eos);
+            std::vector<bytes> pictures;
+            for (const media::frame& each : pipeline.take("out")) {
+                pictures.push_back(each.pixels);
+            }
+            pipeline.stop();
+            ASSERT_EQ(pictures.size(), 2u) << i;
+            first = i == 0 ? pictures : first;
+            EXPECT_EQ(pictures, first);
+        }
+    }
+}
+
 // Planes with gaps between them, strides of their own each, and a last row that ends with its last pixel.
 TEST(element, frames_whose_planes_lie_apart) {
     const media::raw_format& format = media::format_named("I420");

@@ -49,3 +49,7 @@ for element in qvrenc qvrdec qvrparse; do
         grep -q "$part" page.txt || { echo "the page of $element lacks: $part"; exit 1; }
     done
 done
+
+# A web page, or none.
+gst-inspect-1.0 qvr >page.txt
+grep -qE 'Origin URL +(https?://|Unknown package origin)' page.txt || { echo "the origin is no web page"; exit 1; }

@@ -239,10 +239,11 @@ pipeline::~pipeline() {
 }
 
 ending pipeline::run() {
-    constexpr auto k_wanted = static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR | GST_MESSAGE_WARNING);
+    constexpr auto k_wanted = static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_SEGMENT_DONE |
+                                                          GST_MESSAGE_ERROR | GST_MESSAGE_WARNING);
     gst_element_set_state(top, GST_STATE_PLAYING);
     ending result;
-    while (!result.eos && result.error.empty()) {
+    while (!result.eos && !result.segment_done && result.error.empty()) {
         GstMessage* const message = gst_bus_timed_pop_filtered(bus, k_patience, k_wanted);
         if (message == nullptr) {
             ADD_FAILURE() << "the pipeline neither ended nor failed";
@@ -250,6 +251,8 @@ ending pipeline::run() {
         }
         if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS) {
             result.eos = true;
+        } else if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_SEGMENT_DONE) {
+            result.segment_done = true;
         } else {
             note(message, result);
         }
@@ -265,6 +268,13 @@ bool pipeline::pause() {
 
 bool pipeline::seek(GstFormat format, gint64 to, GstSeekFlags flags) {
     return gst_element_seek_simple(top, format, static_cast<GstSeekFlags>(flags | GST_SEEK_FLAG_FLUSH), to) != FALSE &&
+           gst_element_get_state(top, nullptr, nullptr, k_patience) == GST_STATE_CHANGE_SUCCESS;
+}
+
+bool pipeline::seek(gdouble speed, GstFormat format, gint64 start, gint64 stop, GstSeekFlags flags) {
+    const GstSeekType stop_type = stop < 0 ? GST_SEEK_TYPE_NONE : GST_SEEK_TYPE_SET;
+    return gst_element_seek(top, speed, format, static_cast<GstSeekFlags>(flags | GST_SEEK_FLAG_FLUSH),
+                            GST_SEEK_TYPE_SET, start, stop_type, stop) != FALSE &&
            gst_element_get_state(top, nullptr, nullptr, k_patience) == GST_STATE_CHANGE_SUCCESS;
 }
 

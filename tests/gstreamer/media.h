@@ -61,6 +61,7 @@ bytes wrapped_chunks(std::uint32_t width, std::uint32_t height);
 
 struct ending {
     bool eos = false;
+    bool segment_done = false;
     std::string error;
     std::vector<std::string> warnings;
 };
@@ -74,11 +75,13 @@ class pipeline {
 
     // Back to the start, with the elements ready to be used again.
     void stop() { gst_element_set_state(top, GST_STATE_READY); }
-    // Plays until the end of the stream, an error or 30 seconds.
+    // Plays until the end of the stream or segment, an error or 30 seconds.
     ending run();
     // Goes to PAUSED and waits until the first frame is there.
     bool pause();
     bool seek(GstFormat format, gint64 to, GstSeekFlags flags);
+    // From start to stop, or from stop to start at a negative speed; -1 leaves the stop open.
+    bool seek(gdouble speed, GstFormat format, gint64 start, gint64 stop, GstSeekFlags flags);
     gint64 duration(GstFormat format) const;
     // Frames that an appsink has had and not given yet.
     std::vector<frame> take(const char* sink);

@@ -48,12 +48,13 @@ void take_messages(GstBus* bus, parsed& into) {
     }
 }
 
-parsed parse(const bytes& stream, std::size_t piece = 1000, const std::string& options = "", bool to_the_end = true) {
+parsed parse(const bytes& stream, std::size_t piece = 1000, const std::string& options = "", bool to_the_end = true,
+             const std::string& more_caps = "") {
     GstHarness* const harness = gst_harness_new_parse(("qvrparse" + options).c_str());
     GstElement* const parser = gst_harness_find_element(harness, "qvrparse");
     GstBus* const bus = gst_bus_new();
     gst_element_set_bus(parser, bus);
-    gst_harness_set_src_caps_str(harness, "video/x-qvr-uncompressed");
+    gst_harness_set_src_caps_str(harness, ("video/x-qvr-uncompressed" + more_caps).c_str());
     GstSegment segment;
     gst_segment_init(&segment, GST_FORMAT_BYTES);
     gst_harness_push_event(harness, gst_event_new_segment(&segment));
@@ -88,6 +89,15 @@ parsed parse(const bytes& stream, std::size_t piece = 1000, const std::string& o
 }
 
 using frame_list = std::vector<bytes>;
+
+// The first bytes of a frame as large as can be, of one plane.
+bytes header_of(std::uint32_t size, std::uint32_t width, std::uint32_t height) {
+    bytes header = grey(1);
+    header.resize(36);
+    std::copy_n(test::le32(size).begin(), 4, header.begin());
+    std::copy_n((test::le32(width) + test::le32(height)).begin(), 8, header.begin() + 16);
+    return header;
+}
 
 }  // namespace
 
@@ -131,6 +141,22 @@ TEST(parse, caps_say_what_the_frames_are) {
               "framerate=(fraction)25/1, interlace-mode=(string)interleaved");
 }
 
+TEST(parse, the_rate_is_the_propertys_else_upstreams_else_25) {
+    const auto rate = [](const std::string& options, const std::string& caps) {
+        const parsed result = parse(grey(1), 1000, options, true, caps);
+        const std::string text = result.caps.at(0);
+        const std::size_t at = text.find("(fraction)") + 10;
+        return text.substr(at, text.find(',', at) - at);
+    };
+    EXPECT_EQ(rate("", ""), "25/1");
+    EXPECT_EQ(rate("", ",framerate=30/1"), "30/1");
+    EXPECT_EQ(rate("", ",framerate=0/1"), "0/1");  // a variable rate is one, too
+    EXPECT_EQ(rate(" framerate=50/1", ",framerate=30/1"), "50/1");
+    EXPECT_EQ(rate(" framerate=50/1", ",framerate=0/1"), "50/1");
+    const parsed variable = parse(grey(1) + grey(2), 1000, "", true, ",framerate=0/1");
+    EXPECT_EQ(variable.frames, (frame_list{grey(1), grey(2)}));
+}
+
 TEST(parse, what_stands_between_frames_is_skipped) {
     const bytes junk = test::from_hex("0102 'pack' 0000") + test::repeat(7, 50);
     for (const std::size_t piece : {1u, 10u, 1000u}) {
@@ -147,6 +173,9 @@ TEST(parse, a_frame_that_is_cut_short_is_left_out) {
             parse(grey(1) + grey(2) + bytes(last.begin(), last.begin() + static_cast<std::ptrdiff_t>(left)));
         EXPECT_EQ(result.frames, (frame_list{grey(1), grey(2)})) << left;
     }
+    bytes alone = grey(1);
+    alone.pop_back();
+    EXPECT_EQ(parse(alone).warnings, (std::vector<std::string>{"An incomplete frame was left out."}));
 }
 
 TEST(parse, a_damaged_size_costs_that_frame_alone) {
@@ -178,6 +207,47 @@ TEST(parse, a_damaged_frame_leaves_its_place_in_time) {
     EXPECT_EQ(result.warnings, (std::vector<std::string>{"A damaged frame was left out."}));
     const parsed at_first = parse(damaged + grey(3));
     EXPECT_EQ(at_first.frames, (frame_list{grey(3)}));
+    EXPECT_EQ(at_first.times, (std::vector<GstClockTime>{40000000}));
+}
+
+TEST(parse, a_frame_that_was_skipped_leaves_its_place_in_time_too) {
+    bytes damaged = grey(2);
+    damaged.at(4) = 'q';
+    EXPECT_EQ(parse(grey(1) + damaged + grey(3) + grey(4)).times, (std::vector<GstClockTime>{0, 80000000, 120000000}));
+    EXPECT_EQ(parse(damaged + grey(3)).times, (std::vector<GstClockTime>{40000000}));
+    // Frames of several sizes do not tell how many were skipped: the next one follows the last.
+    EXPECT_EQ(parse(grey(1) + grey(1, 9, 3) + damaged + grey(3) + grey(4)).times,
+              (std::vector<GstClockTime>{0, 40000000, 80000000, 120000000}));
+}
+
+// The rest of the file is looked through once, not once for each place where a frame might begin.
+TEST(parse, many_frames_that_are_cut_short_are_one_warning) {
+    bytes rest;
+    for (int i = 0; i < 5000; ++i) {
+        rest = rest + header_of(0x7ffffff0, 32768, 16383);
+    }
+    const parsed result = parse(grey(1) + rest, 10000);
+    EXPECT_EQ(result.frames, (frame_list{grey(1)}));
+    EXPECT_EQ(result.warnings, (std::vector<std::string>{"An incomplete frame was left out."}));
+    EXPECT_EQ(parse(grey(1) + rest + grey(2), 10000).frames, (frame_list{grey(1), grey(2)}));
+    const media::temporary_file file(grey(1) + rest + grey(2));
+    for (const char* between : {"", " ! queue"}) {
+        media::pipeline pipeline("filesrc location=" + file.path() + between + " ! qvrparse ! fakesink");
+        const media::ending end = pipeline.run();
+        EXPECT_TRUE(end.eos) << end.error;
+        EXPECT_EQ(end.warnings.size(), 1u);
+    }
+}
+
+TEST(parse, nobody_waits_for_a_frame_that_would_be_refused) {
+    const frame_list expected = {grey(1), grey(2)};
+    for (const std::uint32_t side : {32768u, 32769u, 0xffffffffu}) {
+        const bytes stream = grey(1) + header_of(0x7ffffff0, side, 32768) + grey(2);
+        EXPECT_EQ(parse(stream, 1000, "", false).frames, expected) << side;
+    }
+    // The largest of all is waited for.
+    const bytes stream = grey(1) + header_of(0x7ffffff0, 32768, 16383) + grey(2);
+    EXPECT_EQ(parse(stream, 1000, "", false).frames, (frame_list{grey(1)}));
 }
 
 // Such a size is no damage here: 20000 x 20000 RGBA samples of 16 bits take 3.2 GB.
