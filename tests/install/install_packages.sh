@@ -26,7 +26,9 @@ tools qvruncompressed-tools" | sed 's| lib/[^/]*-linux-gnu/| LIBDIR/|; s|\.so\.[
 install ./libqvruncompressed2_*.deb ./qvruncompressed-tools_*.deb
 tests/install/use_tool.sh /usr/bin/qvr tests/data/flower_small.png tool
 install ./libqvruncompressed-dev_*.deb
-installed_files | diff tests/install/files.txt - || { echo 'left: files.txt, right: what is installed'; exit 1; }
+# No package holds plug-in and Python package.
+installed_files | diff <(grep -vE '^(gstreamer|python) ' tests/install/files.txt) - ||
+    { echo 'left: files.txt, right: what is installed'; exit 1; }
 
 # The documentation, and the manual's page. What a container leaves out of packages (dpkg's path-exclude) is no fault of theirs.
 grep -q '<title>QVRUncompressed' /usr/share/doc/libqvruncompressed-dev/html/index.html
