@@ -108,10 +108,12 @@ GstCaps* get_caps(GstVideoEncoder* encoder, GstCaps* filter) {
     GstCaps* const whole_frames =
         gst_caps_from_string("video/x-raw, interlace-mode=(string){ progressive, interleaved, mixed }");
     GstCaps* const taken = gst_caps_intersect_full(raw, whole_frames, GST_CAPS_INTERSECT_FIRST);
-    GstCaps* const result = gst_video_encoder_proxy_getcaps(encoder, taken, filter);
-    gst_caps_unref(raw);
-    gst_caps_unref(whole_frames);
-    gst_caps_unref(taken);
+    // Of the template, which stays: caps that are given here are lost where downstream takes nothing.
+    GstCaps* const downstream = gst_video_encoder_proxy_getcaps(encoder, nullptr, filter);
+    GstCaps* const result = gst_caps_intersect_full(taken, downstream, GST_CAPS_INTERSECT_FIRST);
+    for (GstCaps* const caps : {raw, whole_frames, taken, downstream}) {
+        gst_caps_unref(caps);
+    }
     return result;
 }
 

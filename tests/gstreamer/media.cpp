@@ -227,6 +227,7 @@ pipeline::pipeline(const std::string& description) {
     if (top == nullptr || error != nullptr) {
         const std::string reason = error != nullptr ? error->message : "";
         g_clear_error(&error);
+        g_clear_object(&top);  // as far as it was made
         throw std::logic_error(description + ": " + reason);
     }
     bus = gst_element_get_bus(top);
