@@ -33,6 +33,15 @@ class resume : public testing::Test {
         close(feed);
     }
 
+    // The command refuses to go on with what is kept, and leaves it as it is.
+    void expect_left_alone(const char* name, const bytes& kept, const words& command, const std::string& message) {
+        folder_.write(name, kept);
+        const outcome result = folder_.qvr(command);
+        EXPECT_EQ(result.code, 2);
+        EXPECT_TRUE(holds(result.err, message)) << result.err;
+        EXPECT_EQ(folder_.read(name), kept);
+    }
+
     scratch_folder folder_;
 };
 
@@ -204,11 +213,7 @@ TEST_F(resume, bytes_behind_the_last_frame_of_a_complete_file_are_refused) {
     for (const auto& each : cases) {
         bytes more = each.content;
         more.insert(more.end(), {'j', 'u', 'n', 'k', '!'});
-        folder_.write(each.name, more);
-        const outcome result = folder_.qvr(each.command);
-        EXPECT_EQ(result.code, 2);
-        EXPECT_TRUE(holds(result.err, ": cannot go on: 5 bytes follow its last whole frame\nhint: ")) << result.err;
-        EXPECT_EQ(folder_.read(each.name), more);
+        expect_left_alone(each.name, more, each.command, ": cannot go on: 5 bytes follow its last whole frame\nhint: ");
     }
 }
 
@@ -218,11 +223,8 @@ TEST_F(resume, what_is_kept_is_compared_before_anything_is_cut_off) {
     bytes other(whole.begin(), whole.begin() + 10 * k_small_frame + 7);
     other[9 * k_small_frame + 50] ^= 1;
     for (const bytes& kept : {text, other}) {
-        folder_.write("a.qvr.part", kept);
-        const outcome result = folder_.qvr(encode_small("long.raw", "a.qvr", k_resume));
-        EXPECT_EQ(result.code, 2);
-        EXPECT_TRUE(holds(result.err, "a.qvr.part was made of another input or with other options\n")) << result.err;
-        EXPECT_EQ(folder_.read("a.qvr.part"), kept);
+        expect_left_alone("a.qvr.part", kept, encode_small("long.raw", "a.qvr", k_resume),
+                          "a.qvr.part was made of another input or with other options\n");
     }
     folder_.write("a.qvr.part", bytes(whole.begin(), whole.begin() + 50));  // a part of the first frame
     EXPECT_EQ(folder_.qvr(encode_small("long.raw", "a.qvr", k_resume)).code, 0);
@@ -246,11 +248,7 @@ TEST_F(resume, the_first_frame_is_compared_as_well) {
     for (const auto& each : cases) {
         bytes other = each.content;
         other[each.name == std::string("a.raw.part") ? 5 : k_small_frame - 5] ^= 1;
-        folder_.write(each.name, other);
-        const outcome result = folder_.qvr(each.command);
-        EXPECT_EQ(result.code, 2);
-        EXPECT_TRUE(holds(result.err, " was made of another input or with other options\n")) << result.err;
-        EXPECT_EQ(folder_.read(each.name), other);
+        expect_left_alone(each.name, other, each.command, " was made of another input or with other options\n");
     }
 }
 

@@ -76,10 +76,16 @@ bool frame_reader::skip() {
     return true;
 }
 
-void frame_reader::find(unsigned long long wanted) {
-    while (whole_frames < wanted && skip()) {
+unsigned long long frame_reader::skip_some(unsigned long long count) {
+    unsigned long long skipped = 0;
+    while (skipped < count && skip()) {
+        ++skipped;
     }
-    if (whole_frames < wanted || !next()) {
+    return skipped;
+}
+
+void frame_reader::find(unsigned long long wanted) {
+    if (skip_some(wanted) < wanted || !next()) {
         require_some();
         refuse_frame(file.name(), wanted, whole_frames);
     }

@@ -22,7 +22,9 @@ class frame_reader {
     bool next();
     // The same without reading more of the frame than its size; bytes() then holds only the header.
     bool skip();
-    // Reads this frame, passing over those before it. A usage failure when the file holds fewer.
+    // Skips up to `count` frames; returns how many there were.
+    unsigned long long skip_some(unsigned long long count);
+    // In a file of which nothing is read yet: reads this frame, skipping those before it. A usage failure when the file holds fewer.
     void find(unsigned long long wanted);
     // At the end of the file: a data failure when there was no frame in it.
     void require_some() const;

@@ -33,13 +33,7 @@ class qvr_source : public frame_source {
         return true;
     }
 
-    std::uint64_t skip(std::uint64_t count) override {
-        std::uint64_t skipped = 0;
-        while (skipped < count && reader.skip()) {
-            ++skipped;
-        }
-        return skipped;
-    }
+    std::uint64_t skip(std::uint64_t count) override { return reader.skip_some(count); }
 
     bool more() override { return reader.more(); }
     location last_place() const override { return reader.place(); }

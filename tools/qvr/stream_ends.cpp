@@ -54,10 +54,7 @@ class stream_input : public frame_input {
     }
 
     unsigned long long skip(unsigned long long count) override {
-        unsigned long long skipped = 0;
-        while (skipped < count && reader.skip()) {
-            ++skipped;
-        }
+        const unsigned long long skipped = reader.skip_some(count);
         read_frames += skipped;
         return skipped;
     }
