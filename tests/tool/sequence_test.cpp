@@ -130,6 +130,58 @@ TEST(sequence, a_loss_is_said_once) {
     EXPECT_TRUE(folder.has("f2.ppm"));
 }
 
+// The first frame is by far the longest work, so that with two jobs the others are ready before it.
+class frames_that_overtake : public testing::Test {
+  protected:
+    void SetUp() override {
+        for (const unsigned side : {700, 1, 2}) {
+            const bytes samples = noise(4u * side * side);
+            const std::string size = std::to_string(side) + "x" + std::to_string(side);
+            ASSERT_EQ(folder.qvr({"encode", "-", "one.qvr", "--size", size, "--format", "RGBA"}, samples).code, 0);
+            const bytes frame = folder.read("one.qvr");
+            clip.insert(clip.end(), frame.begin(), frame.end());
+        }
+        folder.write("clip.qvr", clip);
+    }
+
+    scratch_folder folder;
+    bytes clip;
+};
+
+TEST_F(frames_that_overtake, warnings_come_in_the_order_of_the_frames) {
+    EXPECT_EQ(folder.qvr({"decode", "clip.qvr", "f%d.ppm", "-q", "-j", "2"}).err,
+              "qvr: warning: f0.ppm: alpha is left out: order RGB has none\n"
+              "qvr: warning: clip.qvr: frame 1 at offset 1960082: the layout changes here to 1x1 progressive, order 5 "
+              "RGB, type 1 U8\n"
+              "qvr: warning: clip.qvr: frame 2 at offset 1960168: the layout changes here to 2x2 progressive, order 5 "
+              "RGB, type 1 U8\n");
+}
+
+TEST_F(frames_that_overtake, no_file_is_there_behind_a_frame_that_failed) {
+    ASSERT_EQ(folder.qvr({"decode", "clip.qvr", "f%d.png", "-q", "-j", "2"}).code, 0);
+    bytes cut = folder.read("f0.png");
+    cut.resize(cut.size() - 20);
+    folder.write("f0.png", cut);
+    const std::vector<std::string> before = folder.names();
+    EXPECT_EQ(folder.qvr({"convert", "f%d.png", "g%d.png", "-j", "2"}).code, 1);
+    EXPECT_EQ(folder.names(), before);
+    EXPECT_EQ(folder.qvr({"convert", "f%d.png", "g%d.png", "-j", "2", "--keep-going"}).code, 1);
+    EXPECT_FALSE(folder.has("g0.png"));
+    EXPECT_EQ(folder.read("g1.png"), folder.read("f1.png"));
+    EXPECT_EQ(folder.read("g2.png"), folder.read("f2.png"));
+}
+
+TEST(sequence, all_frames_are_looked_at_for_what_is_lost) {
+    const scratch_folder folder;
+    folder.write("f0.pam", joined({text("P7\nWIDTH 1\nHEIGHT 1\nDEPTH 3\nMAXVAL 1023\nENDHDR\n"), bytes(6)}));
+    folder.write("f1.pam", joined({text("P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 1023\nENDHDR\n"), bytes(8)}));
+    EXPECT_EQ(folder.qvr({"encode", "f%d.pam", "a.qvr", "-q"}).err,
+              "qvr: warning: f1.pam: alpha is left out: type 3 U10 stores none, only U8 and U16 do\n"
+              "qvr: warning: f1.pam: the layout changes here to 1x1 progressive, order 7 RGBA, type 3 U10\n");
+    expect_failure(folder, {"encode", "f%d.pam", "b.qvr", "--strict"}, 2,
+                   "f1.pam: alpha is left out: type 3 U10 stores none", "leave --strict out to go on without it");
+}
+
 TEST(sequence, a_pattern_is_read_once) {
     const scratch_folder folder;
     make_rgb_clip(folder, "a.qvr", 2);

@@ -124,7 +124,7 @@ void run_convert(convert_options& options) {
     ends.output = open_output(options.output, to, options.manifest);
     const work_report report = do_work(ends, options.work, options.run);
     if (options.alpha_rle && codes) {
-        tell_of_no_alpha_to_code(report.layout, ends.input_name);
+        tell_of_no_alpha_to_code(report.layout, ends.input_name, *to.losses);
     }
     say_report(ends, report, options.run, "");
     if (options.json) {

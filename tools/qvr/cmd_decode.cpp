@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#include <atomic>
 #include <memory>
 #include <optional>
 
@@ -45,12 +44,11 @@ struct decode_options {
 };
 
 // The alpha plane beside a compressed frame is decoded like any other; the frame itself is not. Said once for a file.
-void tell_of_payload(const frame_layout& own, const frame_job& in, std::atomic<bool>& told) {
+void tell_of_payload(const frame_layout& own, const frame_job& in, warn_once& once) {
     const bytes_view stream = in.bitstream();
     const bool decodes = own.colorComponentOrder != 0;
-    if (decodes && QVRUncompressed_ReadWrapCount(stream.data, static_cast<std::uint32_t>(stream.size)) > 0 &&
-        !told.exchange(true)) {
-        warn(in.place.file, "only alpha planes are decoded; 'qvr unwrap' takes out the compressed frames beside them");
+    if (decodes && QVRUncompressed_ReadWrapCount(stream.data, static_cast<std::uint32_t>(stream.size)) > 0) {
+        once(in.place.file, "only alpha planes are decoded; 'qvr unwrap' takes out the compressed frames beside them");
     }
 }
 
@@ -69,10 +67,10 @@ void run_decode(const decode_options& options) {
     if (options.only_frame) {
         work.range.range = std::to_string(*options.only_frame);
     }
-    std::atomic<bool> payload_told{false};
+    warn_once once;
     const auto open_input = [&] {
         return open_stream_input(options.input, [&](const frame_layout& own, const frame_job& in) {
-            tell_of_payload(own, in, payload_told);
+            tell_of_payload(own, in, once);
             return own;
         });
     };

@@ -56,7 +56,7 @@ void say_losses(const encode_options& options, const frame_source& source, const
     }
     lose_rate(source.rate(), where, losses);
     if (options.alpha_rle) {
-        tell_of_no_alpha_to_code(layout, where.file);
+        tell_of_no_alpha_to_code(layout, where.file, losses);
     }
 }
 
@@ -79,8 +79,8 @@ void run_encode(const encode_options& options) {
     const compression how = make_compression(options.alpha_rle, options.slices);
     const auto open_input = [&] {
         return open_picture_input(options.input, request, "--size 1920x1080 --order UYVY --type U8",
-                                  [&](const frame_source& source, const frame_layout& first) {
-                                      say_losses(options, source, first, *request.losses);
+                                  [&](const frame_source& source, const frame_layout& layout) {
+                                      say_losses(options, source, layout, *request.losses);
                                   });
     };
     const work_ends ends = {"encode", input_text(options.input), open_input(),

@@ -4,8 +4,6 @@
 #include <cstdio>
 #include <utility>
 
-#include "status_line.h"
-
 namespace qvr {
 
 namespace {
@@ -31,8 +29,9 @@ bool is_control(const std::string& text, std::size_t at) {
     return byte < 0x20 || byte == 0x7F || (byte == 0xC2 && static_cast<unsigned char>(text[at + 1]) < 0xA0);
 }
 
-// What a file or its name holds may be anything: control characters and what is no UTF-8 become "\x1B".
-std::string printable(const std::string& text, bool line_feeds = false) {
+}  // namespace
+
+std::string printable(const std::string& text, bool line_feeds) {
     std::string shown;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t length = utf8_length(text, at);
@@ -49,8 +48,6 @@ std::string printable(const std::string& text, bool line_feeds = false) {
     }
     return shown;
 }
-
-}  // namespace
 
 const std::vector<exit_description>& all_exits() {
     static const std::vector<exit_description> rows = {
@@ -91,10 +88,6 @@ std::string failure::text() const {
         text += "hint: " + printable(advice, true) + "\n";
     }
     return text;
-}
-
-void warn(const std::string& file, const std::string& what) {
-    print_message("qvr: warning: " + printable(file) + ": " + printable(what) + "\n");
 }
 
 void fail_usage(const std::string& what, const std::string& hint) {

@@ -53,8 +53,8 @@ class failure : public std::runtime_error {
 // What can be done about an error of the system, by its number; may be empty.
 std::string system_hint(int error);
 
-// "qvr: warning: FILE: WHAT" on standard error.
-void warn(const std::string& file, const std::string& what);
+// What a file or its name holds may be anything: control characters and what is no UTF-8 become "\x1B".
+std::string printable(const std::string& text, bool line_feeds = false);
 
 // "--size 3x": usage failures that concern an option rather than a file.
 [[noreturn]] void fail_usage(const std::string& what, const std::string& hint = {});

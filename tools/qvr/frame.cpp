@@ -97,10 +97,10 @@ void lose_unstored_alpha(const frame_layout& layout, const location& where, loss
     }
 }
 
-void tell_of_no_alpha_to_code(const frame_layout& layout, const std::string& file) {
+void tell_of_no_alpha_to_code(const frame_layout& layout, const std::string& file, loss_log& losses) {
     const order_info* order = find_order(layout.colorComponentOrder);
     if (order && !order->alpha) {
-        warn(file, std::string("--alpha-rle changes nothing: order ") + order->name + " has no alpha");
+        losses.tell(file, std::string("--alpha-rle changes nothing: order ") + order->name + " has no alpha");
     }
 }
 

@@ -106,7 +106,7 @@ void lose_unstored_alpha(const frame_layout& layout, const location& where, loss
 void lose_rate(const std::optional<frame_rate>& rate, const location& where, loss_log& losses);
 
 // Warns when coding of alpha was asked for and the frames have none.
-void tell_of_no_alpha_to_code(const frame_layout& layout, const std::string& file);
+void tell_of_no_alpha_to_code(const frame_layout& layout, const std::string& file, loss_log& losses);
 
 // What the command line says about the caller's side of frames.
 struct layout_request {

@@ -82,10 +82,10 @@ std::unique_ptr<frame_input> open_stream_input(const std::string& path, stream_c
 std::unique_ptr<frame_output> open_stream_output(const std::string& path, const compression& how, incomplete becomes,
                                                  const std::string& manifest, layout_choice wanted);
 
-// picture_ends.cpp: all that containers.h knows. at_first: called with the source when it has given its first frame.
-using first_frame_check = std::function<void(const frame_source&, const frame_layout&)>;
+// picture_ends.cpp: all that containers.h knows. check: called with the source when it has given a frame.
+using frame_check = std::function<void(const frame_source&, const frame_layout&)>;
 std::unique_ptr<frame_input> open_picture_input(const std::string& path, const layout_request& request,
-                                                const char* raw_example, first_frame_check at_first);
+                                                const char* raw_example, frame_check check);
 std::unique_ptr<frame_output> open_picture_output(const std::string& path, const layout_request& request);
 
 }  // namespace qvr

@@ -146,7 +146,9 @@ class crew {
         std::string last_words;
         while (slot* at = more ? queue.take_free() : nullptr) {
             at->job.problem = nullptr;
+            at->job.words.clear();
             try {
+                const warning_keeper keep(at->job.words);
                 more = steps.read(at->job);
                 if (!more) {
                     break;
@@ -168,6 +170,7 @@ class crew {
     void work_all(unsigned worker) {
         while (slot* at = queue.take_read()) {
             try {
+                const warning_keeper keep(at->job.words);
                 steps.work(worker, at->job);
             } catch (...) {
                 at->job.problem = std::current_exception();
@@ -177,6 +180,7 @@ class crew {
     }
 
     void finish(frame_job& job) {
+        warn(job.words);
         if (!job.problem) {
             steps.write(job);
             return;

@@ -12,6 +12,7 @@
 #include "codec.h"
 #include "failure.h"
 #include "frame.h"
+#include "warnings.h"
 
 namespace qvr {
 
@@ -24,6 +25,7 @@ struct frame_job {
     std::size_t coded_bytes = 0;
     std::string checksum;  // of the bitstream, where one is wanted
     std::exception_ptr problem;
+    warnings words;  // of reading it and working on it, said before it is written
 
     bytes_view bitstream() const { return {coded.data(), coded_bytes}; }
 };

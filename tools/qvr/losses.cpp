@@ -8,10 +8,7 @@ void loss_log::lose(const location& where, const std::string& what, const std::s
         throw failure(exit_code::usage, where, what + ", which --strict does not allow",
                       (way_out.empty() ? "" : way_out + ", or ") + "leave --strict out to go on without it");
     }
-    const std::lock_guard<std::mutex> lock(mutex);
-    if (said.insert(what).second) {
-        warn(where.file, what);
-    }
+    once(where.file, what);
 }
 
 }  // namespace qvr

@@ -13,6 +13,7 @@
 
 #include "failure.h"
 #include "file_io.h"
+#include "warnings.h"
 
 namespace qvr {
 

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <deque>
 #include <filesystem>
+#include <map>
 #include <mutex>
 #include <system_error>
 #include <utility>
@@ -50,8 +51,8 @@ class worker_layouts {
 // From a stream of frames, read one after the other.
 class picture_input : public frame_input {
   public:
-    picture_input(std::unique_ptr<frame_source> from, first_frame_check at_first)
-        : source(std::move(from)), check_first(std::move(at_first)) {}
+    picture_input(std::unique_ptr<frame_source> from, frame_check to_check)
+        : source(std::move(from)), check(std::move(to_check)) {}
 
     std::optional<unsigned long long> frames_left() override { return source->frames_left(); }
     unsigned long long skip(unsigned long long count) override { return source->skip(count); }
@@ -63,8 +64,8 @@ class picture_input : public frame_input {
             return false;
         }
         to.place = source->last_place();
-        if (std::exchange(first, false) && check_first) {
-            check_first(*source, to.picture.layout);
+        if (check) {
+            check(*source, to.picture.layout);
         }
         return true;
     }
@@ -75,17 +76,16 @@ class picture_input : public frame_input {
 
   private:
     std::unique_ptr<frame_source> source;
-    first_frame_check check_first;
+    frame_check check;
     worker_layouts layouts;
-    bool first = true;
 };
 
 // From files with one frame each: read() only counts.
 class picture_files_input : public frame_input {
   public:
     picture_files_input(std::function<std::unique_ptr<frame_source>()> opener, std::unique_ptr<frame_source> opened,
-                        first_frame_check at_first)
-        : open(std::move(opener)), check_first(std::move(at_first)), left(opened->frames_left().value_or(0)) {}
+                        frame_check to_check)
+        : open(std::move(opener)), check(std::move(to_check)), left(opened->frames_left().value_or(0)) {}
 
     std::optional<unsigned long long> frames_left() override { return left; }
 
@@ -115,8 +115,8 @@ class picture_files_input : public frame_input {
                           "frame " + std::to_string(in.number) + " has gone while it was looked for");
         }
         in.place = source->last_place();
-        if (check_first) {
-            std::call_once(checked, [&] { check_first(*source, in.picture.layout); });
+        if (check) {
+            check(*source, in.picture.layout);
         }
         own = {std::move(source), in.number + 1};
         layouts.into(wanted, worker, in);
@@ -128,11 +128,10 @@ class picture_files_input : public frame_input {
         unsigned long long next = 0;
     };
     std::function<std::unique_ptr<frame_source>()> open;
-    first_frame_check check_first;
+    frame_check check;
     unsigned long long left;
     std::vector<reader> readers;
     worker_layouts layouts;
-    std::once_flag checked;
 };
 
 // Into one file, frame after frame.
@@ -162,10 +161,14 @@ class picture_output : public frame_output {
         const std::lock_guard<std::mutex> lock(memory);
         if (!asked || !identical(own, asked_for)) {
             const std::lock_guard<std::mutex> writing(sink_use);
+            warnings found;
+            const warning_keeper keep(found);
             answer = sink->wanted(own, in.place);
+            losses.swap(found);
             asked_for = own;
             asked = true;
         }
+        warn(losses);
         return answer;
     }
 
@@ -187,6 +190,7 @@ class picture_output : public frame_output {
     bool asked = false;
     frame_layout asked_for = empty_layout();
     frame_layout answer = empty_layout();
+    warnings losses;  // that come with the answer
 };
 
 // Into files with one frame each. A file has the number of its frame, whichever frames are wanted.
@@ -213,11 +217,20 @@ class picture_files_output : public frame_output {
 
     void pack(unsigned worker, frame_job& in) override {
         sinks[worker]->put(in.picture);
-        sinks[worker]->commit();
-        sinks[worker].reset();
+        const std::lock_guard<std::mutex> lock(mutex);
+        filled[in.number] = std::move(sinks[worker]);
     }
 
-    void write(frame_job&) override {}
+    // Files get their names in order, so that none is there behind a frame that has failed.
+    void write(frame_job& in) override {
+        std::unique_ptr<frame_sink> sink;
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            sink = std::move(filled.extract(in.number).mapped());
+        }
+        sink->commit();
+    }
+
     void commit(unsigned long long, std::optional<unsigned long long>) override {}
 
   private:
@@ -227,19 +240,21 @@ class picture_files_output : public frame_output {
     layout_request request;
     layout_request compared;
     bool keeps;
-    std::vector<std::unique_ptr<frame_sink>> sinks;
+    std::vector<std::unique_ptr<frame_sink>> sinks;  // of the workers
+    std::mutex mutex;
+    std::map<unsigned long long, std::unique_ptr<frame_sink>> filled;  // by number of their frames
 };
 
 }  // namespace
 
 std::unique_ptr<frame_input> open_picture_input(const std::string& path, const layout_request& request,
-                                                const char* raw_example, first_frame_check at_first) {
+                                                const char* raw_example, frame_check check) {
     const auto open = [path, request, raw_example] { return open_source(path, request, raw_example); };
     std::unique_ptr<frame_source> source = open();
     if (source->has_file_for_each()) {
-        return std::make_unique<picture_files_input>(open, std::move(source), std::move(at_first));
+        return std::make_unique<picture_files_input>(open, std::move(source), std::move(check));
     }
-    return std::make_unique<picture_input>(std::move(source), std::move(at_first));
+    return std::make_unique<picture_input>(std::move(source), std::move(check));
 }
 
 std::unique_ptr<frame_output> open_picture_output(const std::string& path, const layout_request& request) {

@@ -12,6 +12,7 @@
 #include <exception>
 
 #include "failure.h"
+#include "warnings.h"
 
 namespace qvr {
 
