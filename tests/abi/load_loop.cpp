@@ -7,13 +7,13 @@
 #include <malloc.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <thread>
+
+#include "comes_true.h"
 
 namespace {
 
@@ -145,10 +145,7 @@ int main(int count, char** arguments) {
         load_use_and_unload(arguments[1]);
     }
     // A joined thread may linger in the process's list for a moment.
-    for (int i = 0; i < 1000 && count_threads() != threads; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    if (count_threads() != threads) {
+    if (!comes_true([&] { return count_threads() == threads; })) {
         fail("threads stay behind");
     }
     if (count_entries("/proc/self/fd") != files) {

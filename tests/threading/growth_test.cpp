@@ -6,12 +6,11 @@
 #include <malloc.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstddef>
 #include <fstream>
 #include <iterator>
-#include <thread>
 
+#include "comes_true.h"
 #include "frame_trip.h"
 
 namespace {
@@ -29,9 +28,7 @@ std::size_t entries(const char* folder) {
 
 // A joined thread may linger in the process's list for a moment.
 std::size_t threads_when_settled(std::size_t expected) {
-    for (int i = 0; i < 2000 && entries("/proc/self/task") != expected; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
+    comes_true([&] { return entries("/proc/self/task") == expected; });
     return entries("/proc/self/task");
 }
 

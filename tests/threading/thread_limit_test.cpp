@@ -8,13 +8,13 @@
 
 #include <atomic>
 #include <cerrno>
-#include <chrono>
 #include <stdexcept>
 #include <string>
 #include <system_error>
 #include <thread>
 
 #include "QVRUncompressed.h"
+#include "comes_true.h"
 #include "frame_trip.h"
 #include "threading/threaded_executor.h"
 
@@ -106,10 +106,7 @@ TEST_P(thread_limit, the_next_handles_are_good_and_no_thread_is_left) {
     EXPECT_NE(with.encoder, nullptr);
     EXPECT_EQ(with.decoder, nullptr);
     // A joined thread may linger in the process's list for a moment.
-    for (int i = 0; i < 2000 && running_threads() != before + 4; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    EXPECT_EQ(running_threads(), before + 4);
+    EXPECT_TRUE(comes_true([&] { return running_threads() == before + 4; }));
 
     threads_left = 1 << 30;
     handle_pair next(4);

@@ -220,7 +220,7 @@ cat offers
 )";
 
 TEST_F(zsh_completion, words_are_completed) {
-    names arguments = {"timeout", "30", "zsh", "-f", "-c", k_session, "zsh"};
+    names arguments = {"timeout", "300", "zsh", "-f", "-c", k_session, "zsh"};
     names wanted;
     for (const auto& one : k_cases) {
         arguments.push_back("qvr" + joined(one.words));

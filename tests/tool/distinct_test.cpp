@@ -47,6 +47,14 @@ TEST(distinct, a_sequence_is_not_written_over_itself) {
     expect_silent(folder, {"convert", "s.%d.ppm", "s.3.ppm"});
 }
 
+TEST(distinct, the_first_file_of_a_sequence_is_named_whichever_was_made_first) {
+    const scratch_folder folder;
+    for (const char* number : {"5", "2", "8", "1", "9", "0", "7", "3", "6", "4"}) {
+        folder.write(std::string("s.") + number + ".ppm", text("P6\n1 1\n255\nrgb"));
+    }
+    expect_kept(folder, {"convert", "s.%d.ppm", "s.%01d.ppm"}, "IN and OUT are the same file: s.0.ppm");
+}
+
 TEST(distinct, every_command_spares_its_input) {
     const scratch_folder folder;
     make_rgb_clip(folder, "s.qvr", 1);

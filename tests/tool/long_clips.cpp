@@ -3,13 +3,12 @@
 
 #include <unistd.h>
 
-#include <chrono>
 #include <filesystem>
 #include <sstream>
 #include <stdexcept>
-#include <thread>
 
 #include "clips.h"
+#include "comes_true.h"
 
 bytes long_samples() {
     return noise(k_small_samples * k_long_frames, 7);
@@ -33,15 +32,11 @@ words operator+(words first, const words& second) {
 }
 
 bool comes_to(const scratch_folder& folder, const std::string& name, std::size_t size) {
-    for (int i = 0; i < 2000; ++i) {
+    return comes_true([&] {
         std::error_code missing;
         const std::uintmax_t there = std::filesystem::file_size(folder.file(name), missing);
-        if (!missing && there >= size) {
-            return true;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return false;
+        return !missing && there >= size;
+    });
 }
 
 void feed_bytes(int pipe, const bytes& from, std::size_t count) {

@@ -5,11 +5,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <filesystem>
-#include <thread>
 
 #include "clips.h"
+#include "comes_true.h"
 #include "process.h"
 
 namespace {
@@ -54,10 +53,7 @@ TEST(output, nothing_has_the_name_before_it_is_complete) {
     const int process = folder.start_qvr(encode("-", "a.qvr"), &feed);
     const bytes frame = noise(24);
     ASSERT_EQ(write(feed, frame.data(), frame.size()), 24);
-    for (int i = 0; i < 500 && folder.names().empty(); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    ASSERT_EQ(folder.names().size(), 1u);
+    ASSERT_TRUE(comes_true([&] { return folder.names().size() == 1; }));
     EXPECT_EQ(folder.names()[0].rfind("a.qvr.part-", 0), 0u) << folder.names()[0];
     close(feed);
     EXPECT_EQ(wait_for(process).code, 0);
@@ -74,13 +70,10 @@ TEST(output, an_interrupt_leaves_nothing_behind) {
         // The temporary file is watched over as soon as it is there; the first frame shows that it is.
         const bytes frame = noise(24);
         ASSERT_EQ(write(feed, frame.data(), frame.size()), 24);
-        bool written = false;
-        for (int i = 0; i < 500 && !written; ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        ASSERT_TRUE(comes_true([&] {
             const std::vector<std::string> names = folder.names();
-            written = names.size() == 1 && folder.read(names[0]).size() == k_rgb_frame;
-        }
-        ASSERT_TRUE(written);
+            return names.size() == 1 && folder.read(names[0]).size() == k_rgb_frame;
+        }));
         ASSERT_EQ(kill(process, number), 0);
         EXPECT_EQ(wait_for(process).signal_number, number);
         close(feed);

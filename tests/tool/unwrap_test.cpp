@@ -6,12 +6,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <filesystem>
-#include <thread>
 
 #include "boxes.h"
 #include "clips.h"
+#include "comes_true.h"
 #include "pictures.h"
 #include "process.h"
 
@@ -310,13 +309,10 @@ TEST(unwrap, an_interrupt_leaves_nothing_behind) {
         const int process = folder.start_qvr({"unwrap", "-", "--into", "parts"}, &feed);
         const bytes frame = stitched({noise(10), noise(20)});
         ASSERT_EQ(write(feed, frame.data(), frame.size()), static_cast<ssize_t>(frame.size()));
-        bool written = false;
-        for (int i = 0; i < 500 && !written; ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        EXPECT_TRUE(comes_true([&] {
             const std::vector<std::string> names = names_in(where);
-            written = names.size() == 1 && std::filesystem::exists(where + "/" + names[0] + "/frame000000-1.tile");
-        }
-        EXPECT_TRUE(written);
+            return names.size() == 1 && std::filesystem::exists(where + "/" + names[0] + "/frame000000-1.tile");
+        }));
         ASSERT_EQ(kill(process, SIGTERM), 0);
         EXPECT_EQ(wait_for(process).signal_number, SIGTERM);
         close(feed);

@@ -4,7 +4,7 @@
 #include <sys/stat.h>
 
 #include <filesystem>
-#include <map>
+#include <set>
 
 #include "failure.h"
 #include "file_io.h"
@@ -38,20 +38,15 @@ std::vector<std::string> names_of(const std::string& path) {
     return names;
 }
 
-// All files that a word of the command line stands for, as their identities and names.
-std::map<std::string, std::string> files_of(const std::string& path) {
-    std::map<std::string, std::string> files;
-    for (const std::string& name : names_of(path)) {
-        files.emplace(identity(name), name);
+// The first name of the one, in the order of its numbers, that is a file of the other.
+void require_two(const named_file& first, const named_file& second) {
+    std::set<std::string> files;
+    for (const std::string& name : names_of(second.path)) {
+        files.insert(identity(name));
     }
     files.erase("");
-    return files;
-}
-
-void require_two(const named_file& first, const named_file& second) {
-    const auto of_second = files_of(second.path);
-    for (const auto& [file, name] : files_of(first.path)) {
-        if (of_second.count(file) > 0) {
+    for (const std::string& name : names_of(first.path)) {
+        if (files.count(identity(name)) > 0) {
             fail_usage(std::string(first.role) + " and " + second.role + " are the same file: " + name,
                        "write to a file of another name");
         }
