@@ -12,6 +12,31 @@ namespace {
 // Samples of a tile: whole groups of every order and whole blocks of the widest kernels.
 constexpr std::uint64_t k_tile = 768;
 
+// A tile that goes past the caches: bytes enough for a burst of stores, and no more than half of the nearest cache; of
+// items so many that vectors are full.
+constexpr std::uint64_t k_stream_bytes = 16384;
+constexpr std::uint64_t k_stream_items = 64;
+
+// The nearest cache's place for what a kernel makes, where the next caches are passed.
+//
+//   from --kernel--> tile --stream--> to
+//
+// kernel(item, count, target) makes `count` items; an item is made of from_bytes and becomes to_bytes.
+template <class Kernel>
+void stream_items(const std::uint8_t* from, std::uint64_t from_bytes, std::uint64_t items, std::uint64_t to_bytes,
+                  std::uint8_t* to, Kernel kernel) {
+    alignas(64) std::uint8_t tile[k_stream_bytes];
+    const std::uint64_t most = k_stream_bytes / to_bytes / k_stream_items * k_stream_items;
+    for (std::uint64_t item = 0; item < items;) {
+        const std::uint64_t count = std::min(most, items - item);
+        kernel(item, count, tile);
+        stream_tile(to + item * to_bytes, tile, count * to_bytes, from + (item + count) * from_bytes,
+                    count * from_bytes);
+        item += count;
+    }
+    finish_streaming();
+}
+
 }  // namespace
 
 row_codec::row_codec(const pixel_map& map, std::uint32_t type, const caller_plane& caller,
@@ -25,7 +50,7 @@ row_codec::row_codec(const pixel_map& map, std::uint32_t type, const caller_plan
       samples(static_cast<std::uint64_t>(row_samples(stored.type, stored.width))),
       sample_bytes(traits_of_type(type).bytes),
       groups(map.samples != 0 ? samples / map.colours : 0),
-      copy(is_worth_streaming(2 * stored_row * caller.height) ? stream_copy : plain_copy),
+      streams(is_worth_streaming((caller_row + stored_row) * caller.height)),
       kernels(row_kernels_for(detected_cpu_features())) {
     if (map.samples != 0) {
         rule = make_reorder_rule(map, sample_bytes);
@@ -38,14 +63,14 @@ void row_codec::pack(row_chunk chunk, row_span<const std::uint8_t> caller, row_s
         return copy_rows(chunk, caller, stored);
     }
     if (is_one_row(caller.stride, stored.stride, alpha.stride)) {
-        return kernels.pack(rule, caller.row(chunk.first), groups * chunk.count, stored.row(chunk.first),
-                            alpha.row(chunk.first));
+        return pack_groups(caller.row(chunk.first), groups * chunk.count, stored.row(chunk.first),
+                           alpha.row(chunk.first));
     }
     for (std::uint64_t i = chunk.first; i < std::uint64_t{chunk.first} + chunk.count; ++i) {
         if (changes_width()) {
             narrow(caller.row(i), stored.row(i));
         } else {
-            kernels.pack(rule, caller.row(i), groups, stored.row(i), alpha.row(i));
+            pack_groups(caller.row(i), groups, stored.row(i), alpha.row(i));
         }
     }
 }
@@ -56,8 +81,8 @@ void row_codec::unpack(row_chunk chunk, row_span<const std::uint8_t> stored, row
         return copy_rows(chunk, stored, caller);
     }
     if (is_one_row(caller.stride, stored.stride, alpha.stride)) {
-        return kernels.unpack(rule, stored.row(chunk.first), alpha.row(chunk.first), groups * chunk.count,
-                              caller.row(chunk.first));
+        return unpack_groups(stored.row(chunk.first), alpha.row(chunk.first), groups * chunk.count,
+                             caller.row(chunk.first));
     }
     for (std::uint64_t i = chunk.first; i < std::uint64_t{chunk.first} + chunk.count; ++i) {
         if (to_float) {
@@ -65,7 +90,7 @@ void row_codec::unpack(row_chunk chunk, row_span<const std::uint8_t> stored, row
         } else if (changes_width()) {
             widen(stored.row(i), caller.row(i));
         } else {
-            kernels.unpack(rule, stored.row(i), alpha.row(i), groups, caller.row(i));
+            unpack_groups(stored.row(i), alpha.row(i), groups, caller.row(i));
         }
         if (reorders()) {
             finish_group(stored.row(i), caller.row(i));
@@ -79,7 +104,33 @@ bool row_codec::is_one_row(std::uint64_t caller_stride, std::uint64_t stored_str
            groups * rule.colour_bytes == stored_stride && (alpha_stride == 0 || groups * sample_bytes == alpha_stride);
 }
 
+// Alpha, the smaller part, goes through the caches.
+void row_codec::pack_groups(const std::uint8_t* caller, std::uint64_t count, std::uint8_t* colour,
+                            std::uint8_t* alpha) const {
+    if (!streams) {
+        return kernels.pack(rule, caller, count, colour, alpha);
+    }
+    stream_items(caller, rule.group_bytes, count, rule.colour_bytes, colour,
+                 [&](std::uint64_t group, std::uint64_t some, std::uint8_t* to) {
+                     kernels.pack(rule, caller + group * rule.group_bytes, some, to,
+                                  alpha == nullptr ? nullptr : alpha + group * sample_bytes);
+                 });
+}
+
+void row_codec::unpack_groups(const std::uint8_t* colour, const std::uint8_t* alpha, std::uint64_t count,
+                              std::uint8_t* caller) const {
+    if (!streams) {
+        return kernels.unpack(rule, colour, alpha, count, caller);
+    }
+    stream_items(colour, rule.colour_bytes, count, rule.group_bytes, caller,
+                 [&](std::uint64_t group, std::uint64_t some, std::uint8_t* to) {
+                     kernels.unpack(rule, colour + group * rule.colour_bytes,
+                                    alpha == nullptr ? nullptr : alpha + group * sample_bytes, some, to);
+                 });
+}
+
 void row_codec::copy_rows(row_chunk chunk, row_span<const std::uint8_t> from, row_span<std::uint8_t> to) const {
+    const auto copy = streams ? stream_copy : plain_copy;
     if (from.stride == stored_row && to.stride == stored_row) {
         return copy(to.row(chunk.first), from.row(chunk.first), stored_row * chunk.count);
     }

@@ -51,6 +51,9 @@ class row_codec {
     void widen_some(const std::uint8_t* stored, std::uint64_t first, std::uint64_t count, std::uint8_t* words) const;
     void finish_group(const std::uint8_t* stored, std::uint8_t* caller) const;
     void copy_rows(row_chunk chunk, row_span<const std::uint8_t> from, row_span<std::uint8_t> to) const;
+    void pack_groups(const std::uint8_t* caller, std::uint64_t count, std::uint8_t* colour, std::uint8_t* alpha) const;
+    void unpack_groups(const std::uint8_t* colour, const std::uint8_t* alpha, std::uint64_t count,
+                       std::uint8_t* caller) const;
 
     reorder_rule rule;
     narrowing narrow_rule;
@@ -61,6 +64,6 @@ class row_codec {
     std::uint64_t samples;     // in a stored row
     unsigned sample_bytes;     // between the two steps
     std::uint64_t groups;      // whole ones in a row, where samples are reordered
-    void (*copy)(std::uint8_t* to, const std::uint8_t* from, std::size_t size);
+    bool streams;              // past the caches, which do not hold the plane
     const row_kernels& kernels;
 };

@@ -95,16 +95,31 @@ TEST_F(same_bytes, of_coded_alpha_in_few_and_many_slices) {
     }
 }
 
-// Planes that the caches hold are copied in another way than those that they do not hold.
+// Planes that the caches do not hold are stored in another way, some thousand bytes of a row after the other.
 TEST_F(same_bytes, of_planes_past_the_caches) {
-    assume_cache_size(0);
-    for (const std::uint32_t order : {2u, 5u, 9u, 10u, 13u, 14u, 16u}) {
-        for (const std::uint32_t type : {1u, 2u}) {
-            EXPECT_TRUE(expect_for({order, type, 0, carried::alone, k_width, 2 * k_rows}));
+    constexpr std::uint32_t k_long = 12300;
+    std::vector<frame_case> frames = all_pairs(k_long, 2, 2);
+    for (const std::uint32_t type : {1u, 2u}) {
+        for (const std::uint32_t order : {3u, 11u, 13u, 16u}) {
+            frames.push_back({order, type, 5, carried::alone, k_long, 2});
         }
     }
-    assume_cache_size(~std::uint64_t{0});
-    EXPECT_TRUE(expect_for({5, 1, 0, carried::alone, k_width, 2 * k_rows}));
+    for (const frame_case& what : frames) {
+        SCOPED_TRACE(testing::PrintToString(what));
+        frame_trip trip(what);
+        limit_cpu_features(cpu_scalar);
+        assume_cache_size(~std::uint64_t{0});
+        const outcome expected = there_and_back(trip, *handles_[0]);
+        EXPECT_EQ(expected.encoded, 0u);
+        assume_cache_size(0);
+        for (const cpu_features level : k_levels) {
+            limit_cpu_features(level);
+            for (const std::size_t i : {0, 1}) {
+                EXPECT_TRUE(there_and_back(trip, *handles_[i]) == expected)
+                    << k_thread_counts[i] << " threads, instruction sets " << static_cast<int>(level);
+            }
+        }
+    }
 }
 
 TEST_F(same_bytes, of_wrapped_payloads) {

@@ -4,12 +4,39 @@
 #include <cpuid.h>
 #include <emmintrin.h>
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
 
 constexpr std::size_t k_line = 64;
-constexpr std::size_t k_ahead = 8 * k_line;
+
+// Stores go to four pages in turn, some lines to each: one stream of lines keeps fewer banks of the memory busy.
+constexpr std::size_t k_ways = 4;
+constexpr std::size_t k_run = 4 * k_line;
+constexpr std::size_t k_page = 4096;
+
+// What is read next, as a place in it for each place that is written.
+constexpr unsigned k_ratio_bits = 16;
+struct source_ahead {
+    std::uintptr_t begin;  // the end may lie behind all memory that there is, for which a prefetch is none
+    std::uint64_t ratio;
+
+    void fetch(std::size_t place, std::size_t size) const {
+        const std::uintptr_t first = begin + (place * ratio >> k_ratio_bits);
+        const std::uintptr_t last = begin + ((place + size) * ratio >> k_ratio_bits);
+        for (std::uintptr_t line = first; line < last; line += k_line) {
+            _mm_prefetch(reinterpret_cast<const char*>(line), _MM_HINT_T0);
+        }
+    }
+};
+
+void stream_lines(std::uint8_t* to, const std::uint8_t* from, std::size_t size) {
+    for (std::size_t i = 0; i < size; i += sizeof(__m128i)) {
+        _mm_stream_si128(reinterpret_cast<__m128i*>(to + i),
+                         _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + i)));
+    }
+}
 
 // The largest cache that processor `leaf` describes: Intel's and AMD's leaves have the same layout.
 std::uint64_t largest_cache(unsigned leaf) {
@@ -50,23 +77,38 @@ void plain_copy(std::uint8_t* to, const std::uint8_t* from, std::size_t size) {
     std::memcpy(to, from, size);
 }
 
-void stream_copy(std::uint8_t* to, const std::uint8_t* from, std::size_t size) {
+void stream_tile(std::uint8_t* to, const std::uint8_t* tile, std::size_t size, const std::uint8_t* ahead,
+                 std::size_t ahead_size) {
     // Lines that are only partly written go through the cache.
     const std::size_t to_line = (k_line - reinterpret_cast<std::uintptr_t>(to) % k_line) % k_line;
-    const std::size_t head = to_line < size ? to_line : size;
-    std::memcpy(to, from, head);
-    std::size_t done = head;
-    for (; size - done >= k_line; done += k_line) {
-        // The source is rarely aligned like the destination, and a load that waits for two lines holds up the stores.
-        // A prefetch past the end is none.
-        _mm_prefetch(reinterpret_cast<const char*>(from + done) + k_ahead, _MM_HINT_T0);
-        for (std::size_t i = 0; i < k_line; i += sizeof(__m128i)) {
-            _mm_stream_si128(reinterpret_cast<__m128i*>(to + done + i),
-                             _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + done + i)));
+    std::size_t done = to_line < size ? to_line : size;
+    std::memcpy(to, tile, done);
+    const source_ahead fetched = {reinterpret_cast<std::uintptr_t>(ahead),
+                                  size == 0 ? 0 : (std::uint64_t{ahead_size} << k_ratio_bits) / size};
+    for (std::size_t left = size - done; left >= k_line; left = size - done) {
+        const bool is_short = left < k_ways * k_run;
+        const std::size_t ways = is_short ? 1 : k_ways;
+        const std::size_t run = is_short ? k_line : k_run;
+        const std::size_t part = std::min(left / ways, k_page) / run * run;
+        for (std::size_t at = 0; at < part; at += run) {
+            for (std::size_t way = 0; way < ways; ++way) {
+                const std::size_t place = done + way * part + at;
+                fetched.fetch(place, run);
+                stream_lines(to + place, tile + place, run);
+            }
         }
+        done += ways * part;
     }
-    std::memcpy(to + done, from + done, size - done);
-    _mm_sfence();  // other threads see these stores in order only from here on
+    std::memcpy(to + done, tile + done, size - done);
+}
+
+void stream_copy(std::uint8_t* to, const std::uint8_t* from, std::size_t size) {
+    stream_tile(to, from, size, from + k_run, size);
+    finish_streaming();
+}
+
+void finish_streaming() {
+    _mm_sfence();
 }
 
 bool is_worth_streaming(std::uint64_t traffic) {
