@@ -5,6 +5,7 @@
 
 #include "api/base/errors.h"
 #include "container/parse.h"
+#include "pixel/kernels/stream_copy.h"
 #include "threading/worker_count.h"
 
 namespace decoder {
@@ -26,7 +27,9 @@ std::uint32_t decoder_impl::decode_frame(const QVRUncompressed_UncompressedParam
     container::check_against_caller(plan, up);
 
     const container::plane_roles roles = plan.roles();
-    const frame_buffers frame = {src, src_size, dst};
+    // Metadata may claim any size; what is read is about as much as what is written.
+    const auto traffic = static_cast<std::uint64_t>(2 * geometry.total());
+    const frame_buffers frame = {src, src_size, dst, is_worth_streaming(traffic)};
     for (const caller_plane& plane : geometry) {
         if (plane.role == plane_role::alpha) {
             decode_alpha_plane(up, plane, *roles.alpha, frame);
@@ -41,7 +44,7 @@ void decoder_impl::decode_colour_plane(const QVRUncompressed_UncompressedParams_
                                        const container::plane_roles& roles, const frame_buffers& frame) {
     const order_traits& order = traits_of_order(up.colorComponentOrder);
     const plane_entry& stored = *stored_plane(roles, plane.role);
-    const row_codec codec(order.map, up.componentType, plane, stored);
+    const row_codec codec(order.map, up.componentType, plane, stored, frame.streams);
 
     // Alpha that the caller wants interleaved is merged from its plane, or when that is coded from working memory.
     const plane_entry* merged = order.interleaves_alpha() ? roles.alpha : nullptr;
@@ -70,7 +73,7 @@ void decoder_impl::decode_alpha_plane(const QVRUncompressed_UncompressedParams_t
                            threaded_rle_decoder::uncovered::keep);
         return;
     }
-    const row_codec codec(k_in_stream_order, up.componentType, plane, stored);
+    const row_codec codec(k_in_stream_order, up.componentType, plane, stored, frame.streams);
     threaded_unpack_rows(codec, plane.height,
                          {frame.src + static_cast<std::uint64_t>(stored.offset), codec.stored_bytes()}, {},
                          {target, plane.stride});

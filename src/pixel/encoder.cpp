@@ -3,6 +3,7 @@
 
 #include "api/base/errors.h"
 #include "api/base/validation.h"
+#include "pixel/kernels/stream_copy.h"
 #include "threading/worker_count.h"
 
 namespace encoder {
@@ -25,7 +26,8 @@ std::uint32_t encoder_impl::encode_frame(const QVRUncompressed_UncompressedParam
     if (plan.total > dst_size) {
         throw_invalid_argument("dst size is too small");
     }
-    encode_planes(up, cp, geometry, plan, {src, src_size, dst});
+    const auto traffic = static_cast<std::uint64_t>(geometry.total() + plan.total);
+    encode_planes(up, cp, geometry, plan, {src, src_size, dst, is_worth_streaming(traffic)});
     // Headers come last: they carry the size of the coded alpha plane.
     container::write_container(plan, dst, dst_size);
     return checked_narrow(plan.total);
@@ -49,7 +51,7 @@ void encoder_impl::encode_colour_plane(const QVRUncompressed_UncompressedParams_
     const order_traits& order = traits_of_order(up.colorComponentOrder);
     const container::plane_roles roles = plan.roles();
     const plane_entry& stored = *stored_plane(roles, plane.role);
-    const row_codec codec(order.map, up.componentType, plane, stored);
+    const row_codec codec(order.map, up.componentType, plane, stored, frame.streams);
 
     // Alpha that is interleaved in the caller's rows is split off into its own plane, or on the way to being coded into
     // working memory; where the bitstream has no plane for it, it is dropped.
@@ -88,7 +90,7 @@ void encoder_impl::encode_alpha_plane(const QVRUncompressed_UncompressedParams_t
                    frame.dst);
         return;
     }
-    const row_codec codec(k_in_stream_order, up.componentType, plane, *stored);
+    const row_codec codec(k_in_stream_order, up.componentType, plane, *stored, frame.streams);
     threaded_pack_rows(codec, plane.height, {source, plane.stride},
                        {frame.dst + static_cast<std::uint64_t>(stored->offset), codec.stored_bytes()}, {});
 }

@@ -31,6 +31,7 @@ struct frame_buffers {
     const std::uint8_t* src;
     std::uint32_t src_size;
     std::uint8_t* dst;
+    bool streams = false;  // past the caches, which do not hold the frame
 };
 
 class frame_geometry {

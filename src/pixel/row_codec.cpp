@@ -40,7 +40,7 @@ void stream_items(const std::uint8_t* from, std::uint64_t from_bytes, std::uint6
 }  // namespace
 
 row_codec::row_codec(const pixel_map& map, std::uint32_t type, const caller_plane& caller,
-                     const container::plane_info& stored)
+                     const container::plane_info& stored, bool past_caches)
     : rule{},
       narrow_rule(traits_of_type(type).rule),
       to_float(container::converts_to_float(stored, type)),
@@ -50,7 +50,7 @@ row_codec::row_codec(const pixel_map& map, std::uint32_t type, const caller_plan
       samples(static_cast<std::uint64_t>(row_samples(stored.type, stored.width))),
       sample_bytes(traits_of_type(type).bytes),
       groups(map.samples != 0 ? samples / map.colours : 0),
-      streams(is_worth_streaming((caller_row + stored_row) * caller.height)),
+      streams(past_caches),
       kernels(row_kernels_for(detected_cpu_features())) {
     if (map.samples != 0) {
         rule = make_reorder_rule(map, sample_bytes);

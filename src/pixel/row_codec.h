@@ -28,9 +28,9 @@ struct row_span {
 
 class row_codec {
   public:
-    // map: how the caller's samples are ordered; type: the caller's component type.
-    row_codec(const pixel_map& map, std::uint32_t type, const caller_plane& caller,
-              const container::plane_info& stored);
+    // map: how the caller's samples are ordered; type: the caller's component type; streams: results go past the caches.
+    row_codec(const pixel_map& map, std::uint32_t type, const caller_plane& caller, const container::plane_info& stored,
+              bool streams);
 
     // Packs or unpacks a chunk of rows. alpha: rows split off from, or merged into, the caller's; null rows drop it.
     // Nothing is read or written between rows.
@@ -64,6 +64,6 @@ class row_codec {
     std::uint64_t samples;     // in a stored row
     unsigned sample_bytes;     // between the two steps
     std::uint64_t groups;      // whole ones in a row, where samples are reordered
-    bool streams;              // past the caches, which do not hold the plane
+    bool streams;
     const row_kernels& kernels;
 };
