@@ -19,14 +19,13 @@ constexpr std::size_t k_page = 4096;
 // What is read next, as a place in it for each place that is written.
 constexpr unsigned k_ratio_bits = 16;
 struct source_ahead {
-    std::uintptr_t begin;  // the end may lie behind all memory that there is, for which a prefetch is none
+    const std::uint8_t* begin;  // the end may lie behind all memory that there is, for which a prefetch is none
     std::uint64_t ratio;
 
     void fetch(std::size_t place, std::size_t size) const {
-        const std::uintptr_t first = begin + (place * ratio >> k_ratio_bits);
-        const std::uintptr_t last = begin + ((place + size) * ratio >> k_ratio_bits);
-        for (std::uintptr_t line = first; line < last; line += k_line) {
-            _mm_prefetch(reinterpret_cast<const char*>(line), _MM_HINT_T0);
+        const std::uint64_t last = (place + size) * ratio >> k_ratio_bits;
+        for (std::uint64_t line = place * ratio >> k_ratio_bits; line < last; line += k_line) {
+            _mm_prefetch(reinterpret_cast<const char*>(begin + line), _MM_HINT_T0);
         }
     }
 };
@@ -83,8 +82,7 @@ void stream_tile(std::uint8_t* to, const std::uint8_t* tile, std::size_t size, c
     const std::size_t to_line = (k_line - reinterpret_cast<std::uintptr_t>(to) % k_line) % k_line;
     std::size_t done = to_line < size ? to_line : size;
     std::memcpy(to, tile, done);
-    const source_ahead fetched = {reinterpret_cast<std::uintptr_t>(ahead),
-                                  size == 0 ? 0 : (std::uint64_t{ahead_size} << k_ratio_bits) / size};
+    const source_ahead fetched = {ahead, size == 0 ? 0 : (std::uint64_t{ahead_size} << k_ratio_bits) / size};
     for (std::size_t left = size - done; left >= k_line; left = size - done) {
         const bool is_short = left < k_ways * k_run;
         const std::size_t ways = is_short ? 1 : k_ways;
