@@ -114,7 +114,7 @@ TEST_F(same_bytes, of_planes_past_the_caches) {
         assume_cache_size(0);
         for (const cpu_features level : k_levels) {
             limit_cpu_features(level);
-            for (const std::size_t i : {0, 1}) {
+            for (const std::size_t i : {0u, 1u}) {
                 EXPECT_TRUE(there_and_back(trip, *handles_[i]) == expected)
                     << k_thread_counts[i] << " threads, instruction sets " << static_cast<int>(level);
             }
