@@ -134,7 +134,7 @@ TEST(sequence, a_loss_is_said_once) {
 class frames_that_overtake : public testing::Test {
   protected:
     void SetUp() override {
-        for (const unsigned side : {700, 1, 2}) {
+        for (const unsigned side : {700u, 1u, 2u}) {
             const bytes samples = noise(4u * side * side);
             const std::string size = std::to_string(side) + "x" + std::to_string(side);
             ASSERT_EQ(folder.qvr({"encode", "-", "one.qvr", "--size", size, "--format", "RGBA"}, samples).code, 0);
