@@ -95,8 +95,20 @@ TEST_F(same_bytes, of_coded_alpha_in_few_and_many_slices) {
     }
 }
 
-// Planes that the caches do not hold are stored in another way, some thousand bytes of a row after the other.
+// Planes that the caches hold are copied in another way than those that they do not hold.
 TEST_F(same_bytes, of_planes_past_the_caches) {
+    assume_cache_size(0);
+    for (const std::uint32_t order : {2u, 5u, 9u, 10u, 13u, 14u, 16u}) {
+        for (const std::uint32_t type : {1u, 2u}) {
+            EXPECT_TRUE(expect_for({order, type, 0, carried::alone, k_width, 2 * k_rows}));
+        }
+    }
+    assume_cache_size(~std::uint64_t{0});
+    EXPECT_TRUE(expect_for({5, 1, 0, carried::alone, k_width, 2 * k_rows}));
+}
+
+// Past the caches a long row is stored some thousand bytes after the other.
+TEST_F(same_bytes, of_long_rows_past_the_caches) {
     constexpr std::uint32_t k_long = 12300;
     std::vector<frame_case> frames = all_pairs(k_long, 2, 2);
     for (const std::uint32_t type : {1u, 2u}) {
